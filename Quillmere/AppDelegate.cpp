@@ -1,0 +1,1 @@
+#include "Quillmere/AppDelegate.h"

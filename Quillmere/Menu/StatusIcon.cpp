@@ -1,0 +1,1 @@
+#include "Quillmere/Menu/StatusIcon.h"

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Quillmere/ConfigModel.h"
+#include "Quillmere/Platform/Appearance.h"
+#include "Quillmere/Platform/TrayHost.h"
+
+#include <QMenu>
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+class QSystemTrayIcon;
+
+namespace quillmere {
+
+/// The tray icon and its menu, the program's only permanent user interface.
+/// The icon appears as soon as the desktop has a tray, also when that starts
+/// after the program. Main thread only.
+class StatusItem : public QObject {
+    Q_OBJECT
+public:
+    struct Actions {
+        std::function<void()> toggleActive;
+        std::function<void()> openSettings;
+        std::function<void()> quit;
+    };
+
+    /// `model`, `appearance` and `trayHost` must outlive this.
+    StatusItem(ConfigModel& model, Appearance& appearance, TrayHost& trayHost, Actions actions);
+    ~StatusItem() override;
+
+    QMenu& menu() { return *menu_; }
+    QAction& activeItem() { return *activeItem_; }
+
+private:
+    void buildMenu();
+    void menuWillOpen();
+    void showInTray();
+    void updateIcon();
+
+    ConfigModel& model_;
+    Appearance& appearance_;
+    TrayHost& trayHost_;
+    Actions actions_;
+    std::unique_ptr<QMenu> menu_;
+    QAction* activeItem_ = nullptr;  ///< owned by the menu
+    std::unique_ptr<QSystemTrayIcon> icon_;
+};
+
+}  // namespace quillmere

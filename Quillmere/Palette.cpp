@@ -1,0 +1,1 @@
+#include "Quillmere/Palette.h"

@@ -1,0 +1,1 @@
+#include "Quillmere/Plate/SwitchHUD.h"

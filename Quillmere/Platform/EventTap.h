@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Quillmere/Switching/KeyEvent.h"
+#include "QuillmereCore/Shortcut.h"
+
+#include <functional>
+#include <vector>
+
+namespace quillmere {
+
+/// The keys that the program needs to see in full. A tap may withhold every
+/// other key: it then delivers a press of no interest as a system-defined
+/// event while a lone Fn tap could be under way (which is all that the gesture
+/// needs), and not at all otherwise.
+struct KeyInterest {
+    std::vector<Shortcut> shortcuts;  ///< these presses are delivered and wait for a verdict
+    bool everyKey = false;            ///< a recording is under way: every press is delivered
+
+    friend bool operator==(const KeyInterest&, const KeyInterest&) = default;
+};
+
+/// The system-wide keyboard filter. All members and the callback on the main
+/// thread.
+class EventTap {
+public:
+    /// Decides one event. It must return quickly: a tap that gets no verdict
+    /// in time passes the key and reports `tapDisabledByTimeout`.
+    using Callback = std::function<InterceptDecision(const KeyEventFields&)>;
+
+    EventTap() = default;
+    EventTap(const EventTap&) = delete;
+    EventTap& operator=(const EventTap&) = delete;
+    virtual ~EventTap() = default;
+
+    /// Starts delivering events, enabled; false when the platform refuses
+    /// (no permission, no such facility), which may change later. Called at
+    /// most once after it has returned true.
+    virtual bool install(Callback callback) = 0;
+
+    /// Turns the tap on again after it was disabled. Nothing without a tap.
+    virtual void enable() = 0;
+
+    /// Replaces what the tap must deliver; effective for the next key press.
+    /// May be called before `install`.
+    virtual void setInterest(const KeyInterest& interest) = 0;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Quillmere/Platform/Appearance.h"
+#include "Quillmere/Platform/Bundle.h"
+#include "Quillmere/Platform/EventTap.h"
+#include "Quillmere/Platform/InputSourceService.h"
+#include "Quillmere/Platform/LoginItem.h"
+#include "Quillmere/Platform/MainQueue.h"
+#include "Quillmere/Platform/PlatePanel.h"
+#include "Quillmere/Platform/TrayHost.h"
+#include "Quillmere/Platform/Workspace.h"
+#include "QuillmereCore/UserDefaults.h"
+
+#include <memory>
+
+namespace quillmere {
+
+/// Everything that the program takes from the system, one object a seam. Tests
+/// fill it with fakes.
+struct Platform {
+    std::unique_ptr<MainQueue> mainQueue;
+    std::unique_ptr<UserDefaults> userDefaults;
+    std::unique_ptr<InputSourceService> inputSources;
+    std::unique_ptr<EventTap> eventTap;
+    std::unique_ptr<PlatePanel> platePanel;
+    std::unique_ptr<Appearance> appearance;
+    std::unique_ptr<TrayHost> trayHost;
+    std::unique_ptr<LoginItem> loginItem;
+    std::unique_ptr<Bundle> bundle;
+    std::unique_ptr<Workspace> workspace;
+};
+
+/// The running system's own. Needs the application object; main thread.
+Platform makePlatform();
+
+}  // namespace quillmere

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QObject>
+
+namespace quillmere {
+
+/// Whether the desktop has a place for tray icons. An icon that is made before
+/// there is one may never appear, so its maker waits. Main thread only.
+class TrayHost : public QObject {
+    Q_OBJECT
+public:
+    /// True from the moment on at which an icon can be made.
+    virtual bool isAvailable() const = 0;
+
+signals:
+    /// The tray has come up; sent at most once.
+    void becameAvailable();
+};
+
+}  // namespace quillmere

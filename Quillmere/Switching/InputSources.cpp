@@ -1,0 +1,1 @@
+#include "Quillmere/Switching/InputSources.h"

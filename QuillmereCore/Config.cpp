@@ -1,0 +1,1 @@
+#include "QuillmereCore/Config.h"

@@ -1,0 +1,1 @@
+#include "QuillmereCore/FnGesture.h"

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <boost/json/value.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quillmere::json {
+
+/// The deepest nesting of arrays and objects that `parse` accepts.
+inline constexpr std::size_t maximumDepth = 32;
+
+/// Parses one UTF-8 JSON document strictly (no comments, no trailing commas,
+/// no text after the document). No value for anything else: bad syntax,
+/// invalid UTF-8, nesting deeper than `maximumDepth`. Of duplicate keys in one
+/// object the last wins. Never throws.
+std::optional<boost::json::value> parse(std::string_view bytes);
+
+/// The member `key` of a JSON object; null when `json` is no object or has no
+/// such member. Owned by `json`.
+const boost::json::value* member(const boost::json::value& json, std::string_view key);
+
+/// A JSON number as a signed 64-bit integer: a number written with a fraction
+/// or an exponent counts when its value is whole and fits (12.0 is 12; 12.5
+/// and 1e400 are no value).
+std::optional<std::int64_t> integer(const boost::json::value& json);
+
+/// A JSON string; no value for any other type.
+std::optional<std::string> string(const boost::json::value& json);
+
+}  // namespace quillmere::json
