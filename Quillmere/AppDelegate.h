@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Quillmere/ConfigModel.h"
-#include "Quillmere/Platform/Platform.h"
 #include "Quillmere/Plate/SwitchHUD.h"
+#include "Quillmere/Platform/Platform.h"
 #include "Quillmere/Switching/KeyInterceptor.h"
 #include "QuillmereCore/PermissionGate.h"
 

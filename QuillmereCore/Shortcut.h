@@ -22,7 +22,8 @@ public:
     constexpr Modifiers() = default;
     constexpr explicit Modifiers(std::int64_t rawValue) : rawValue(rawValue) {}
     constexpr Modifiers(std::initializer_list<Modifiers> members) {
-        for (const Modifiers member : members) rawValue |= member.rawValue;
+        for (const Modifiers member : members)
+            rawValue |= member.rawValue;
     }
 
     static const Modifiers command;
@@ -34,8 +35,8 @@ public:
     /// event (bits 20, 17, 19 and 18, as the macOS event services number
     /// them); every other bit is ignored.
     static constexpr Modifiers fromFlags(std::uint64_t flags) {
-        return Modifiers(static_cast<std::int64_t>(((flags >> 20) & 1U) | ((flags >> 16) & 2U)
-                                                   | ((flags >> 17) & 4U) | ((flags >> 15) & 8U)));
+        return Modifiers(static_cast<std::int64_t>(((flags >> 20) & 1U) | ((flags >> 16) & 2U) | ((flags >> 17) & 4U)
+                                                   | ((flags >> 15) & 8U)));
     }
 
     constexpr bool isEmpty() const { return rawValue == 0; }
