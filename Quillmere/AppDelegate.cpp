@@ -1,1 +1,79 @@
 #include "Quillmere/AppDelegate.h"
+
+#include "Quillmere/Menu/StatusItem.h"
+#include "Quillmere/Palette.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <utility>
+
+namespace quillmere {
+
+AppDelegate::AppDelegate(Platform platform)
+    : platform_(std::move(platform)),
+      inputSources_(*platform_.inputSources),
+      model_(*platform_.userDefaults, inputSources_),
+      hud_(*platform_.platePanel, *platform_.mainQueue, platform_.appearance->hasGlass()) {
+    Palette::setDark(platform_.appearance->isDark());
+    connect(platform_.appearance.get(), &Appearance::changed, this,
+            [this] { Palette::setDark(platform_.appearance->isDark()); });
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+    model_.onPreview = [this] { hud_.show({"English", "Українська"}, 0, model_.config().plate); };
+    statusItem_ = std::make_unique<StatusItem>(model_, *platform_.appearance, *platform_.trayHost,
+                                               StatusItem::Actions{
+                                                   .toggleActive = [this] { toggleActive(); },
+                                                   .openSettings = [] {},
+                                                   .quit = &QCoreApplication::quit,
+                                               });
+    startInterceptor();
+}
+
+void AppDelegate::toggleActive() {
+    Config config = model_.config();
+    config.active = !config.active;
+    model_.setConfig(std::move(config));
+}
+
+KeyInterceptor& AppDelegate::interceptor() {
+    if (!interceptor_) {
+        interceptor_ = std::make_unique<KeyInterceptor>(
+            *platform_.eventTap, inputSources_, [this] { return model_.snapshot(); },
+            [this] { return model_.recorder(); },
+            [this](const CycleGroup& group, const std::string& selectedID) { showSwitch(group, selectedID); });
+    }
+    return *interceptor_;
+}
+
+void AppDelegate::startInterceptor() {
+    observeInterest();
+    permissionGate_ = std::make_unique<PermissionGate>([this] { return interceptor().start(); });
+    if (permissionGate_->state() == PermissionGate::State::granted) return;
+    permissionGate_->onChange = [this](PermissionGate::State) { retryTimer_.reset(); };
+    retryTimer_ = platform_.mainQueue->every(1.0, [this] { permissionGate_->tick(); });
+}
+
+void AppDelegate::observeInterest() {
+    const auto update = [this] { platform_.eventTap->setInterest(model_.interest()); };
+    connect(&model_, &ConfigModel::configChanged, this, update);
+    connect(&model_, &ConfigModel::recordingChanged, this, update);
+    update();
+}
+
+void AppDelegate::showSwitch(const CycleGroup& group, const std::string& selectedID) {
+    const PlateSettings& plate = model_.config().plate;
+    if (!plate.shouldShow(group.sourceIDs.size())) return;
+    std::vector<std::string> names;
+    names.reserve(group.sourceIDs.size());
+    std::ranges::transform(group.sourceIDs, std::back_inserter(names),
+                           [this](const std::string& id) { return model_.name(id); });
+    const auto selected = std::ranges::find(group.sourceIDs, selectedID);
+    const auto index = selected != group.sourceIDs.end() ? selected - group.sourceIDs.begin() : 0;
+    hud_.show(names, static_cast<int>(index), plate);
+}
+
+}  // namespace quillmere

@@ -56,8 +56,8 @@ public:
     std::function<void()> onPreview;
 
 signals:
-    /// Each is sent when the new value is in place and stored, before anything
-    /// is drawn with it.
+    /// Each is sent when the new value is in place, before anything is drawn
+    /// with it.
     void configChanged();
     void availableChanged();
     void recordingChanged();

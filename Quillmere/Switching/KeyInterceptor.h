@@ -45,7 +45,9 @@ public:
 private:
     InterceptDecision handleKeyDown(const KeyEventFields& event, double time);
     void handleFlags(const KeyEventFields& event, double time);
-    void fireFn();
+    void handleFnTap();
+    /// Selects the source that follows the current one and reports it.
+    void fire(const Config& config, const CycleGroup& group, const Shortcut& shortcut);
 
     EventTap& tap_;
     InputSources sources_;

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Quillmere/Platform/Workspace.h"
+
+namespace quillmere {
+
+/// The desktop through Qt: the default handlers, the bell, the user's locale.
+class DesktopWorkspace : public Workspace {
+public:
+    bool open(const QUrl& url) override;
+    void beep() override;
+    std::vector<std::string> preferredLanguages() const override;
+    void bringToFront(QWidget& window) override;
+};
+
+}  // namespace quillmere
