@@ -1,0 +1,20 @@
+#include "Tests/Support/Compositor.h"
+
+#include "Tests/Support/SupportError.h"
+#include "Tests/Support/WaitUntil.h"
+
+namespace quillmere::support {
+
+Compositor::Compositor(const std::filesystem::path& folder, const Environment& environment, XConnection& connection)
+    : process_({
+          .arguments = {"picom", "--backend", "xrender", "--config", "/dev/null"},
+          .environment = environment,
+          .output = folder / "compositor.log",
+          .inheritedDescriptors = {},
+          .prepare = {},
+      }) {
+    const auto composites = [&] { return connection.isSelectionOwned("_NET_WM_CM_S0"); };
+    if (!waitUntil(composites)) throw SupportError("the compositor does not start: " + process_.output());
+}
+
+}  // namespace quillmere::support

@@ -1,0 +1,58 @@
+#include "Tests/Support/XServer.h"
+
+#include "Tests/Support/StartupPipe.h"
+#include "Tests/Support/SupportError.h"
+
+#include <X11/XKBlib.h>
+
+namespace quillmere::support {
+
+XServer::XServer(const std::filesystem::path& folder, const Environment& environment, QSize screen)
+    : environment_(environment) {
+    StartupPipe ready;
+    const std::string size = std::to_string(screen.width()) + "x" + std::to_string(screen.height()) + "x24";
+    process_ = std::make_unique<ChildProcess>(ChildProcess::Options{
+        .arguments = {"Xvfb", "-displayfd", std::to_string(ready.writeEnd()), "-screen", "0", size, "-noreset",
+                      "-nolisten", "tcp", "-dpi", "96"},
+        .environment = environment_,
+        .output = folder / "xserver.log",
+        .inheritedDescriptors = {ready.writeEnd()},
+        .prepare = {},
+    });
+    const std::string number = ready.readLine();
+    if (number.empty()) throw SupportError("the X server does not start: " + process_->output());
+    display_ = ":" + number;
+    environment_["DISPLAY"] = display_;
+    connection_ = std::make_unique<XConnection>(display_);
+}
+
+void XServer::setLayouts(const std::string& layouts, const std::string& variants) {
+    // The rules are named, since a server's own defaults differ by build.
+    const int status = ChildProcess::run({
+        .arguments = {"setxkbmap", "-rules", "evdev", "-model", "pc105", "-layout", layouts, "-variant", variants,
+                      "-option", ""},
+        .environment = environment_,
+        .output = {},
+        .inheritedDescriptors = {},
+        .prepare = {},
+    });
+    if (status != 0) throw SupportError("setxkbmap refuses " + layouts);
+}
+
+int XServer::group() {
+    XkbStateRec state{};
+    XkbGetState(connection_->display(), XkbUseCoreKbd, &state);
+    return state.group;
+}
+
+void XServer::setGroup(int group) {
+    XkbLockGroup(connection_->display(), XkbUseCoreKbd, static_cast<unsigned int>(group));
+    connection_->synchronize();
+}
+
+void XServer::setRepeat(unsigned int delay, unsigned int interval) {
+    XkbSetAutoRepeatRate(connection_->display(), XkbUseCoreKbd, delay, interval);
+    connection_->synchronize();
+}
+
+}  // namespace quillmere::support

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Tests/Support/ChildProcess.h"
+#include "Tests/Support/Environment.h"
+#include "Tests/Support/XConnection.h"
+
+#include <QSize>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace quillmere::support {
+
+/// A virtual X server with a keyboard of its own (Xvfb), on a display number
+/// that it picks itself.
+class XServer {
+public:
+    /// Starts it and waits until it answers. `folder` receives its output and
+    /// must outlive this.
+    XServer(const std::filesystem::path& folder, const Environment& environment, QSize screen);
+
+    /// ":7"
+    const std::string& display() const { return display_; }
+
+    /// Replaces the keyboard's layouts, as a user would: "us,ua,de", variants
+    /// as ",,nodeadkeys" (empty for none).
+    void setLayouts(const std::string& layouts, const std::string& variants = {});
+
+    /// The index of the layout in use.
+    int group();
+    void setGroup(int group);
+
+    /// Software repeat of held keys, in milliseconds.
+    void setRepeat(unsigned int delay, unsigned int interval);
+
+    XConnection& connection() { return *connection_; }
+
+private:
+    Environment environment_;
+    std::unique_ptr<ChildProcess> process_;
+    std::string display_;
+    std::unique_ptr<XConnection> connection_;
+};
+
+}  // namespace quillmere::support
