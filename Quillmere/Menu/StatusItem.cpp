@@ -1,1 +1,82 @@
 #include "Quillmere/Menu/StatusItem.h"
+
+#include "Quillmere/Menu/StatusIcon.h"
+
+#include <QAction>
+#include <QCursor>
+#include <QKeySequence>
+#include <QSystemTrayIcon>
+
+#include <utility>
+
+namespace quillmere {
+
+namespace {
+
+// The trays of dark desktops are dark, those of light ones light.
+QColor iconColor(bool isDark) {
+    return isDark ? QColor(255, 255, 255) : QColor(0, 0, 0);
+}
+
+}  // namespace
+
+StatusItem::StatusItem(ConfigModel& model, Appearance& appearance, TrayHost& trayHost, Actions actions)
+    : model_(model), appearance_(appearance), trayHost_(trayHost), actions_(std::move(actions)) {
+    buildMenu();
+    connect(&model_, &ConfigModel::configChanged, this, &StatusItem::updateIcon);
+    connect(&appearance_, &Appearance::changed, this, &StatusItem::updateIcon);
+    connect(&trayHost_, &TrayHost::becameAvailable, this, &StatusItem::showInTray);
+    if (trayHost_.isAvailable()) showInTray();
+}
+
+StatusItem::~StatusItem() = default;
+
+void StatusItem::buildMenu() {
+    menu_ = std::make_unique<QMenu>();
+    activeItem_ = menu_->addAction(tr("Active"));
+    activeItem_->setCheckable(true);
+    connect(activeItem_, &QAction::triggered, this, [this] { actions_.toggleActive(); });
+
+    auto* settings = menu_->addAction(tr("Settings…"));
+    // Qt's CTRL is the Command key on macOS.
+    settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    connect(settings, &QAction::triggered, this, [this] { actions_.openSettings(); });
+
+    menu_->addSeparator();
+    auto* quit = menu_->addAction(tr("Quit Quillmere"));
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setMenuRole(QAction::QuitRole);
+    connect(quit, &QAction::triggered, this, [this] { actions_.quit(); });
+
+    connect(menu_.get(), &QMenu::aboutToShow, this, &StatusItem::menuWillOpen);
+    // Some tray hosts read the menu before they announce that it opens.
+    menuWillOpen();
+}
+
+void StatusItem::menuWillOpen() {
+    activeItem_->setChecked(model_.config().active);
+}
+
+void StatusItem::showInTray() {
+    if (icon_) return;
+    icon_ = std::make_unique<QSystemTrayIcon>();
+    icon_->setToolTip(QStringLiteral("Quillmere"));
+    icon_->setContextMenu(menu_.get());
+    connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger) openMenu();
+    });
+    updateIcon();
+    icon_->show();
+}
+
+void StatusItem::openMenu() const {
+    const QRect place = icon_->geometry();
+    menu_->popup(place.isValid() ? place.bottomLeft() : QCursor::pos());
+}
+
+void StatusItem::updateIcon() {
+    if (!icon_) return;
+    icon_->setIcon(StatusIcon::make(iconColor(appearance_.isDark()), !model_.config().active));
+}
+
+}  // namespace quillmere

@@ -32,11 +32,14 @@ public:
 
     QMenu& menu() { return *menu_; }
     QAction& activeItem() { return *activeItem_; }
+    /// The icon, once the desktop has a tray; null before.
+    const QSystemTrayIcon* trayIcon() const { return icon_.get(); }
 
 private:
     void buildMenu();
     void menuWillOpen();
     void showInTray();
+    void openMenu() const;
     void updateIcon();
 
     ConfigModel& model_;

@@ -4,8 +4,12 @@
 #include "Quillmere/Platform/PlatePanel.h"
 #include "QuillmereCore/PlateSettings.h"
 
+#include <memory>
 #include <string>
 #include <vector>
+
+class QSize;
+class QWidget;
 
 namespace quillmere {
 
@@ -17,10 +21,15 @@ public:
     SwitchHUD(PlatePanel& panel, MainQueue& queue, bool glassAvailable);
 
     /// Shows the plate at once in the middle of the main screen. `selected` is
-    /// an index into `names`; out of range it highlights nothing.
+    /// an index into `names`; out of range it highlights nothing. A name too
+    /// long for the screen is elided.
     void show(const std::vector<std::string>& names, int selected, const PlateSettings& settings);
 
 private:
+    std::unique_ptr<QWidget> rows(const std::vector<std::string>& names, int selected) const;
+    std::unique_ptr<QWidget> plate(std::unique_ptr<QWidget> content, const PlateSettings& settings) const;
+    void place(const QSize& size);
+    void announce(QWidget& plate) const;
     void scheduleHide();
 
     PlatePanel& panel_;

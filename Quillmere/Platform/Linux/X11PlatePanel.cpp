@@ -1,0 +1,117 @@
+#include "Quillmere/Platform/Linux/X11PlatePanel.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+namespace quillmere {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// About 60 Hz, and only while a fade runs.
+constexpr auto fadeStepTime = 16ms;
+
+std::unique_ptr<QWidget> makeWindow() {
+    auto window =
+        std::make_unique<QWidget>(nullptr, Qt::ToolTip | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
+                                               | Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus);
+    window->setAttribute(Qt::WA_TranslucentBackground);
+    window->setAttribute(Qt::WA_ShowWithoutActivating);
+    // Compositors' own rules draw tool tips translucent and fade them in.
+    window->setAttribute(Qt::WA_X11NetWmWindowTypeNotification);
+    window->setObjectName("plate");
+    window->setWindowTitle("Quillmere plate");
+    window->resize(200, 60);
+    // The first switch should not pay for making the native window.
+    window->winId();
+    return window;
+}
+
+}  // namespace
+
+X11PlatePanel::X11PlatePanel() : x11_(QtX11::current()), window_(makeWindow()) {
+    if (x11_) compositorSelection_ = x11_->screenSelection("_NET_WM_CM_S");
+    fadeStep_.setTimerType(Qt::PreciseTimer);
+    fadeStep_.setInterval(fadeStepTime);
+    QObject::connect(&fadeStep_, &QTimer::timeout, window_.get(), [this] { stepFade(); });
+}
+
+X11PlatePanel::~X11PlatePanel() = default;
+
+void X11PlatePanel::setContent(QWidget* content) {
+    delete std::exchange(content_, content);
+    content->setParent(window_.get());
+    content->move(0, 0);
+    content->show();
+}
+
+void X11PlatePanel::setFrame(const QRectF& frame) {
+    const QPoint origin(static_cast<int>(std::lround(frame.x())), static_cast<int>(std::lround(frame.y())));
+    window_->setGeometry(QRect(origin, frame.size().toSize()));
+    // The content's own mask cuts the window too: without a compositor nothing
+    // else keeps its corners from showing black.
+    window_->setMask(content_ ? content_->mask() : QRegion());
+}
+
+QRectF X11PlatePanel::visibleFrame() const {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? QRectF(screen->availableGeometry()) : QRectF();
+}
+
+void X11PlatePanel::setAlpha(double alpha) {
+    ++fadeNumber_;
+    fade_.reset();
+    fadeStep_.stop();
+    applyAlpha(alpha);
+}
+
+void X11PlatePanel::fade(double alpha, double seconds, std::function<void()> completion) {
+    const int number = ++fadeNumber_;
+    fade_ = Fade{.from = alpha_, .to = alpha, .seconds = seconds, .clock = {}};
+    fade_->clock.start();
+    if (isTranslucent()) fadeStep_.start();
+    const auto duration = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+    QTimer::singleShot(duration, Qt::PreciseTimer, window_.get(),
+                       [this, number, completion = std::move(completion)] { endFade(number, completion); });
+}
+
+void X11PlatePanel::orderFront() {
+    window_->show();
+    window_->raise();
+}
+
+void X11PlatePanel::orderOut() {
+    window_->hide();
+}
+
+bool X11PlatePanel::isTranslucent() const {
+    // Asked each time: a compositor may start or end at any moment, and the
+    // round trip costs less than following it. Other display servers always blend.
+    return !x11_ || x11_->isOwned(compositorSelection_);
+}
+
+void X11PlatePanel::stepFade() {
+    const double passed = static_cast<double>(fade_->clock.nsecsElapsed()) / 1e9;
+    const double done = std::min(passed / fade_->seconds, 1.0);
+    applyAlpha(fade_->from + (fade_->to - fade_->from) * done);
+}
+
+void X11PlatePanel::endFade(int number, const std::function<void()>& completion) {
+    if (number == fadeNumber_) setAlpha(fade_->to);
+    if (completion) completion();
+}
+
+void X11PlatePanel::applyAlpha(double alpha) {
+    alpha_ = alpha;
+    window_->setWindowOpacity(alpha);
+    // Qt does not flush this property, so a step would wait for the next event.
+    if (x11_) xcb_flush(x11_->connection());
+}
+
+}  // namespace quillmere

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Quillmere/Platform/Appearance.h"
+
+#include <QDBusVariant>
+#include <QString>
+
+class QDBusPendingCallWatcher;
+class QVariant;
+
+namespace quillmere {
+
+/// The desktop's choice of dark or light as its settings portal tells it
+/// (org.freedesktop.portal.Settings). Light until the portal has answered, and
+/// where there is none. Never blocks. Main thread only.
+class PortalAppearance : public Appearance {
+    Q_OBJECT
+public:
+    PortalAppearance();
+
+    bool isDark() const override { return isDark_; }
+    bool hasGlass() const override { return false; }
+
+private slots:
+    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+
+private:
+    void read();
+    void take(const QVariant& value);
+    void setDark(bool isDark);
+
+    bool isDark_ = false;
+    /// A change that the portal announces overtakes an answer on its way.
+    int readNumber_ = 0;
+};
+
+}  // namespace quillmere
