@@ -65,10 +65,14 @@ struct Config {
 
 /// The configuration as compact UTF-8 JSON: {"active", "groups", "plate"}, a
 /// group {"id", "shortcut"?, "sourceIDs"} with its identifier in upper case.
+/// Always valid JSON: where a source identifier is not valid UTF-8, each byte
+/// that belongs to no character is written as U+FFFD, so that one odd
+/// identifier cannot make the whole configuration unreadable.
 std::string encodeConfig(const Config& config);
 
 /// Reads that JSON. Strict for "active", "groups" and each group (one bad
-/// group fails the whole), forgiving inside "plate". No value for anything
+/// group fails the whole), forgiving inside "plate". Identifiers are read in
+/// their 8-4-4-4-12 form only, in either case. No value for anything
 /// that is not a configuration, whatever the bytes; never throws.
 std::optional<Config> decodeConfig(std::string_view bytes);
 

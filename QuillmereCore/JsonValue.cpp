@@ -1,1 +1,169 @@
 #include "QuillmereCore/JsonValue.h"
+
+#include <boost/json/basic_parser_impl.hpp>
+#include <boost/json/value_stack.hpp>
+
+#include <charconv>
+#include <cmath>
+#include <exception>
+#include <limits>
+#include <system_error>
+
+namespace quillmere::json {
+
+namespace {
+
+namespace bj = boost::json;
+
+// Builds the document from the parser's events. The library's own builder is
+// not used because it reads about one number with a fraction in ten a last bit
+// off, so that a stored value would not come back equal to what was saved.
+class Builder {
+public:
+    static constexpr std::size_t max_object_size = bj::object::max_size();
+    static constexpr std::size_t max_array_size = bj::array::max_size();
+    static constexpr std::size_t max_key_size = bj::string::max_size();
+    static constexpr std::size_t max_string_size = bj::string::max_size();
+
+    bj::value release() { return stack_.release(); }
+
+    bool on_document_begin(bj::error_code&) { return true; }
+    bool on_document_end(bj::error_code&) { return true; }
+    bool on_object_begin(bj::error_code&) { return true; }
+    bool on_object_end(std::size_t size, bj::error_code&) {
+        stack_.push_object(size);
+        return true;
+    }
+    bool on_array_begin(bj::error_code&) { return true; }
+    bool on_array_end(std::size_t size, bj::error_code&) {
+        stack_.push_array(size);
+        return true;
+    }
+    bool on_key_part(bj::string_view text, std::size_t, bj::error_code&) {
+        stack_.push_chars(text);
+        return true;
+    }
+    bool on_key(bj::string_view text, std::size_t, bj::error_code&) {
+        stack_.push_key(text);
+        return true;
+    }
+    bool on_string_part(bj::string_view text, std::size_t, bj::error_code&) {
+        stack_.push_chars(text);
+        return true;
+    }
+    bool on_string(bj::string_view text, std::size_t, bj::error_code&) {
+        stack_.push_string(text);
+        return true;
+    }
+    bool on_number_part(bj::string_view text, bj::error_code&) {
+        number_ += text;
+        return true;
+    }
+    bool on_int64(std::int64_t value, bj::string_view, bj::error_code&) {
+        number_.clear();
+        stack_.push_int64(value);
+        return true;
+    }
+    bool on_uint64(std::uint64_t value, bj::string_view, bj::error_code&) {
+        number_.clear();
+        stack_.push_uint64(value);
+        return true;
+    }
+    bool on_double(double approximation, bj::string_view text, bj::error_code&) {
+        number_ += text;
+        double value = approximation;
+        // Out of range leaves the approximation: an infinity or a zero.
+        std::from_chars(number_.data(), number_.data() + number_.size(), value);
+        number_.clear();
+        stack_.push_double(value);
+        return true;
+    }
+    bool on_bool(bool value, bj::error_code&) {
+        stack_.push_bool(value);
+        return true;
+    }
+    bool on_null(bj::error_code&) {
+        stack_.push_null();
+        return true;
+    }
+    bool on_comment_part(bj::string_view, bj::error_code&) { return true; }
+    bool on_comment(bj::string_view, bj::error_code&) { return true; }
+
+private:
+    bj::value_stack stack_;
+    std::string number_;  // a number's text when the parser hands it over in pieces
+};
+
+std::optional<bj::value> parseDocument(std::string_view bytes, bj::error_code& error) {
+    bj::parse_options options;
+    options.max_depth = maximumDepth;
+    bj::basic_parser<Builder> parser(options);
+    const std::size_t consumed = parser.write_some(false, bytes.data(), bytes.size(), error);
+    if (error || consumed != bytes.size()) return std::nullopt;
+    return parser.handler().release();
+}
+
+constexpr bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
+// The parser refuses an exponent beyond an int's range, which is valid JSON.
+// No double tells 1e999999999 from anything larger, so such an exponent is
+// written smaller and the number stays the infinity, or the zero, that it is.
+std::string limitExponents(std::string_view bytes) {
+    constexpr std::string_view largest = "999999999";
+    std::string result;
+    result.reserve(bytes.size());
+    bool inString = false;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        result += bytes[i];
+        if (bytes[i] == '"') inString = !inString;
+        if (inString) {
+            if (bytes[i] == '\\' && i + 1 < bytes.size()) result += bytes[++i];
+            continue;
+        }
+        if (bytes[i] != 'e' && bytes[i] != 'E') continue;
+        if (i + 1 < bytes.size() && (bytes[i + 1] == '+' || bytes[i + 1] == '-')) result += bytes[++i];
+        const std::size_t start = i + 1;
+        while (i + 1 < bytes.size() && isDigit(bytes[i + 1]))
+            ++i;
+        const std::string_view digits = bytes.substr(start, i + 1 - start);
+        const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size());
+        result += digits.size() - zeros > largest.size() ? largest : digits;
+    }
+    return result;
+}
+
+}  // namespace
+
+std::optional<bj::value> parse(std::string_view bytes) {
+    try {
+        bj::error_code error;
+        std::optional<bj::value> document = parseDocument(bytes, error);
+        if (error == bj::error::exponent_overflow) document = parseDocument(limitExponents(bytes), error = {});
+        return document;
+    } catch (const std::exception&) {
+        return std::nullopt;  // the library throws for what exceeds its own size limits
+    }
+}
+
+const bj::value* member(const bj::value& json, std::string_view key) {
+    const bj::object* object = json.if_object();
+    return object ? object->if_contains(key) : nullptr;
+}
+
+std::optional<std::int64_t> integer(const bj::value& json) {
+    if (const std::int64_t* value = json.if_int64()) return *value;
+    const double* value = json.if_double();
+    constexpr double limit = 9223372036854775808.0;  // 2^63: the largest int64 itself is no double
+    if (!value || !(*value >= -limit && *value < limit) || std::trunc(*value) != *value) return std::nullopt;
+    return static_cast<std::int64_t>(*value);
+}
+
+std::optional<std::string> string(const bj::value& json) {
+    const bj::string* text = json.if_string();
+    if (!text) return std::nullopt;
+    return std::string(text->data(), text->size());
+}
+
+}  // namespace quillmere::json

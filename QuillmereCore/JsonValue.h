@@ -14,8 +14,10 @@ inline constexpr std::size_t maximumDepth = 32;
 
 /// Parses one UTF-8 JSON document strictly (no comments, no trailing commas,
 /// no text after the document). No value for anything else: bad syntax,
-/// invalid UTF-8, nesting deeper than `maximumDepth`. Of duplicate keys in one
-/// object the last wins. Never throws.
+/// invalid UTF-8, an escape that is half of a surrogate pair, nesting deeper
+/// than `maximumDepth`. Of duplicate keys in one object the last wins. A number
+/// with a fraction or an exponent is the nearest double: one too large for a
+/// double is an infinity and fails nothing by itself. Never throws.
 std::optional<boost::json::value> parse(std::string_view bytes);
 
 /// The member `key` of a JSON object; null when `json` is no object or has no

@@ -72,7 +72,8 @@ private:
 boost::json::value encode(const PlateSettings& settings);
 
 /// Reads the JSON form, forgiving key by key: a member that is missing or
-/// unusable takes its default. No value only when `json` is no object.
+/// unusable takes its default, a number beyond 0...1 (1e400 too) the nearer
+/// end. No value only when `json` is no object.
 std::optional<PlateSettings> decodePlateSettings(const boost::json::value& json);
 
 }  // namespace quillmere
