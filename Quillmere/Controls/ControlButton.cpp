@@ -12,6 +12,16 @@ namespace quillmere {
 namespace {
 constexpr double pressedOpacity = 0.7;
 constexpr double disabledOpacity = 0.4;
+
+/// Return presses the button as Space does: on the release, so that a key
+/// still held when the press has an effect does not go into that effect.
+QKeyEvent withReturnAsSpace(const QKeyEvent& event) {
+    const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    return {event.type(),         isReturn ? static_cast<int>(Qt::Key_Space) : event.key(),
+            event.modifiers(),    event.text(),
+            event.isAutoRepeat(), static_cast<quint16>(event.count())};
+}
+
 }  // namespace
 
 ControlButton::ControlButton(const QString& title, double radius, QWidget* parent)
@@ -22,6 +32,7 @@ ControlButton::ControlButton(const QString& title, double radius, QWidget* paren
 }
 
 void ControlButton::setTitle(const QString& title) {
+    if (title == title_) return;
     const bool isNamedByTitle = accessibleName() == title_;
     title_ = title;
     setText(title);
@@ -29,12 +40,6 @@ void ControlButton::setTitle(const QString& title) {
     if (isNamedByTitle) setAccessibleName(title);
     updateGeometry();
     update();
-}
-
-QAccessible::Role ControlButton::accessibleRole() const {
-    if (role_ != QAccessible::NoRole) return role_;
-    if (!isCheckable()) return QAccessible::Button;
-    return autoExclusive() ? QAccessible::RadioButton : QAccessible::CheckBox;
 }
 
 double ControlButton::opacity() const {
@@ -63,11 +68,15 @@ void ControlButton::paintEvent(QPaintEvent*) {
 }
 
 void ControlButton::keyPressEvent(QKeyEvent* event) {
-    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (isReturn && !event->isAutoRepeat())
-        click();
-    else
-        QAbstractButton::keyPressEvent(event);
+    QKeyEvent key = withReturnAsSpace(*event);
+    QAbstractButton::keyPressEvent(&key);
+    event->setAccepted(key.isAccepted());
+}
+
+void ControlButton::keyReleaseEvent(QKeyEvent* event) {
+    QKeyEvent key = withReturnAsSpace(*event);
+    QAbstractButton::keyReleaseEvent(&key);
+    event->setAccepted(key.isAccepted());
 }
 
 void ControlButton::focusInEvent(QFocusEvent* event) {

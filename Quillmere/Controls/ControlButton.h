@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QAbstractButton>
-#include <QAccessible>
 
 class QPainter;
 
@@ -23,11 +22,6 @@ public:
 
     double radius() const { return radius_; }
 
-    /// What assistive programs take it for; by default a button, a check box
-    /// when checkable, a radio button when also exclusive.
-    QAccessible::Role accessibleRole() const;
-    void setAccessibleRole(QAccessible::Role role) { role_ = role; }
-
 protected:
     /// Draws the button as it is at rest.
     virtual void paintFace(QPainter& painter) = 0;
@@ -36,13 +30,13 @@ protected:
 
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
     QString title_;
     double radius_;
-    QAccessible::Role role_ = QAccessible::NoRole;
 };
 
 }  // namespace quillmere

@@ -1,0 +1,64 @@
+#include "Quillmere/Controls/SegmentedPicker.h"
+
+#include "Quillmere/Controls/TextButton.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+
+namespace quillmere {
+
+namespace {
+
+constexpr double cornerRadius = 8;
+constexpr int inset = 2;
+
+class Segment : public TextButton {
+public:
+    explicit Segment(const QString& title, QWidget* parent)
+        : TextButton(title, {.verticalPadding = 3, .radius = cornerRadius - inset}, parent) {
+        setCheckable(true);
+        setAutoExclusive(true);
+    }
+
+protected:
+    Colors colors() const override {
+        if (isChecked()) return {Palette::selection(), Palette::accent(), labelColor()};
+        return {Palette::clear(), Palette::clear(), labelColor()};
+    }
+};
+
+}  // namespace
+
+SegmentedPicker::SegmentedPicker(const QStringList& titles, QWidget* parent) : QWidget(parent) {
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(inset, inset, inset, inset);
+    layout->setSpacing(inset);
+    for (const QString& title : titles) {
+        auto* const segment = new Segment(title, this);
+        const int index = static_cast<int>(segments_.size());
+        connect(segment, &QAbstractButton::clicked, this, [this, index] { emit chosen(index); });
+        layout->addWidget(segment);
+        segments_.push_back(segment);
+    }
+}
+
+int SegmentedPicker::currentIndex() const {
+    for (std::size_t i = 0; i < segments_.size(); ++i)
+        if (segments_[i]->isChecked()) return static_cast<int>(i);
+    return -1;
+}
+
+void SegmentedPicker::setCurrentIndex(int index) {
+    segment(index)->setChecked(true);
+}
+
+void SegmentedPicker::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Palette::border().resolved(Palette::isDark()), 1));
+    painter.setBrush(Palette::chip().resolved(Palette::isDark()));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius - 0.5, cornerRadius - 0.5);
+}
+
+}  // namespace quillmere

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QStringList>
+#include <QWidget>
+
+#include <vector>
+
+class QAbstractButton;
+
+namespace quillmere {
+
+/// A choice of one among a few, all visible side by side. One stop for Tab;
+/// the arrows choose.
+class SegmentedPicker : public QWidget {
+    Q_OBJECT
+public:
+    explicit SegmentedPicker(const QStringList& titles, QWidget* parent = nullptr);
+
+    int currentIndex() const;
+    /// Shows another choice, without telling `chosen`.
+    void setCurrentIndex(int index);
+    /// The button of one choice, owned by this.
+    QAbstractButton* segment(int index) const { return segments_.at(static_cast<std::size_t>(index)); }
+
+signals:
+    /// The user chose, perhaps what was chosen already.
+    void chosen(int index);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    std::vector<QAbstractButton*> segments_;
+};
+
+}  // namespace quillmere
