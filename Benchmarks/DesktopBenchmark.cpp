@@ -1,0 +1,273 @@
+// Measures the built program on real desktops of its own against what it
+// replaces: the X server's own layout switch, typing without the program, and
+// the least tray utility that Qt allows. Every figure and its yardstick are
+// taken in turns within one run. Prints rows of a Markdown table.
+//
+//   desktop_benchmark <quillmere> <minimal_tray>
+
+#include "Benchmarks/EventClock.h"
+#include "QuillmereCore/Config.h"
+#include "Tests/Support/ChildProcess.h"
+#include "Tests/Support/Desktop.h"
+#include "Tests/Support/Program.h"
+#include "Tests/Support/StartupPipe.h"
+#include "Tests/Support/WaitUntil.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace quillmere::bench {
+namespace {
+
+namespace fs = std::filesystem;
+using support::ChildProcess;
+using support::Desktop;
+using support::Program;
+namespace keys = support::keys;
+
+constexpr int switchSamples = 1000;
+constexpr int typingSamples = 1000;
+constexpr int plateSamples = 20;
+constexpr int startSamples = 15;
+constexpr auto restObserved = std::chrono::seconds(60);
+// Mod4Mask (X.h), where the pc105 model has the Super key.
+constexpr unsigned int superModifier = 1U << 6;
+
+struct Programs {
+    fs::path quillmere;
+    fs::path minimalTray;
+};
+
+double percentile(std::vector<double> values, double share) {
+    std::ranges::sort(values);
+    return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1))];
+}
+
+void row(const char* what, const std::string& ours, const std::string& theirs, const std::string& ratio,
+         const char* target) {
+    std::printf("| %s | %s | %s | %s | %s |\n", what, ours.c_str(), theirs.c_str(), ratio.c_str(), target);
+    std::fflush(stdout);
+}
+
+std::string text(double value, const char* unit, int decimals = 0) {
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%.*f %s", decimals, value, unit);
+    return buffer;
+}
+
+std::string ratioText(double ours, double theirs) {
+    return text(ours / theirs, "×", 2);
+}
+
+void pause(double milliseconds) {
+    std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(milliseconds));
+}
+
+// Command-Space through two layouts, and the plate as usual.
+void storeConfiguration(const Desktop& desktop) {
+    const Config config{true, {{makeUUID(), Shortcut{Shortcut::space, Modifiers::command}, {"xkb:us", "xkb:ua"}}}, {}};
+    desktop.settings().set("config", encodeConfig(config));
+}
+
+void useServersOwnSwitch(const Desktop& desktop) {
+    ChildProcess::run({.arguments = {"setxkbmap", "-layout", "us,ua", "-option", "grp:win_space_toggle"},
+                       .environment = desktop.environment()});
+}
+
+// One press of the shortcut, its layout change, and everything up again.
+double timeSwitch(Desktop& desktop, EventClock& clock) {
+    support::Typist& typist = desktop.typist();
+    typist.press(keys::leftSuper);
+    pause(2);
+    clock.reset();
+    const Clock::time_point start = Clock::now();
+    typist.press(keys::space);
+    const double time = clock.layoutChange(start);
+    typist.release(keys::space);
+    typist.release(keys::leftSuper);
+    pause(1 + (std::rand() % 20) / 10.0);
+    return time;
+}
+
+double timeKey(Desktop& desktop, EventClock& clock) {
+    clock.reset();
+    const Clock::time_point start = Clock::now();
+    desktop.typist().press(keys::a);
+    const double time = clock.keyPress(start);
+    desktop.typist().release(keys::a);
+    pause(1 + (std::rand() % 20) / 10.0);
+    return time;
+}
+
+template <class Sample>
+void compare(const char* what, int count, const char* target, const char* tailTarget, Sample ours, Sample theirs) {
+    std::vector<double> our;
+    std::vector<double> their;
+    for (int i = 0; i < count; ++i) {
+        our.push_back(ours());
+        their.push_back(theirs());
+        if (our.back() < 0 || their.back() < 0) throw std::runtime_error(std::string(what) + ": nothing happened");
+    }
+    for (const auto& [share, name, wanted] : {std::tuple{0.5, "median", target}, std::tuple{0.99, "p99", tailTarget}}) {
+        const double a = percentile(our, share);
+        const double b = percentile(their, share);
+        row((std::string(what) + ", " + name).c_str(), text(a, "µs"), text(b, "µs"), ratioText(a, b), wanted);
+    }
+}
+
+void measureKeys(const Programs& programs) {
+    Desktop with({.layouts = "us,ua"});
+    Desktop without({.layouts = "us,ua"});
+    storeConfiguration(with);
+    useServersOwnSwitch(without);
+    Program program(programs.quillmere, with);
+    if (!program.waitForGrab(keys::space, superModifier)) throw std::runtime_error("the program does not start");
+    EventClock withClock(with.display());
+    EventClock withoutClock(without.display());
+    std::function<double()> ours = [&] { return timeSwitch(with, withClock); };
+    std::function<double()> theirs = [&] { return timeSwitch(without, withoutClock); };
+    for (int i = 0; i < 20; ++i)
+        ours(), theirs();
+    compare("key press → new layout seen by another program", switchSamples, "≤ 1.5 ×", "≤ 2 ×", ours, theirs);
+    ours = [&] { return timeKey(with, withClock); };
+    theirs = [&] { return timeKey(without, withoutClock); };
+    compare("ordinary key → focused program", typingSamples, "≈ 1 ×", "≈ 1 ×", ours, theirs);
+}
+
+void measurePlate(const Programs& programs, bool hasCompositor) {
+    Desktop desktop({.layouts = "us,ua", .hasCompositor = hasCompositor});
+    storeConfiguration(desktop);
+    Program program(programs.quillmere, desktop);
+    if (!program.waitForGrab(keys::space, superModifier)) throw std::runtime_error("the program does not start");
+    EventClock clock(desktop.display());
+    const QPoint middle(640, 400);
+    const QColor bare = desktop.screen().color(middle);
+    std::vector<double> times;
+    for (int i = 0; i < plateSamples; ++i) {
+        desktop.typist().press(keys::leftSuper);
+        clock.reset();
+        const Clock::time_point start = Clock::now();
+        desktop.typist().press(keys::space);
+        const double switched = clock.layoutChange(start);
+        while (desktop.screen().color(middle) == bare && Clock::now() - start < std::chrono::seconds(5))
+            continue;
+        times.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count() - switched);
+        desktop.typist().release(keys::space);
+        desktop.typist().release(keys::leftSuper);
+        program.waitForNoPlate();
+        support::waitUntil([&] { return desktop.screen().color(middle) == bare; });
+    }
+    constexpr double frame = 1e6 / 60;
+    const double time = percentile(times, 0.5);
+    row(hasCompositor ? "switch → plate on the screen, composited" : "switch → plate on the screen",
+        text(time / 1000, "ms", 1), text(frame / 1000, "ms (one frame)", 1), ratioText(time, frame), "≤ 1 ×");
+}
+
+double timeStart(const Programs& programs, Desktop& desktop) {
+    const Clock::time_point start = Clock::now();
+    Program program(programs.quillmere, desktop);
+    while (!program.holdsGrab(keys::space, superModifier))
+        pause(1);
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+double timeMinimalStart(const Programs& programs, Desktop& desktop) {
+    support::StartupPipe ready;
+    const Clock::time_point start = Clock::now();
+    ChildProcess program({.arguments = {programs.minimalTray.string(), std::to_string(ready.writeEnd())},
+                          .environment = desktop.environment(),
+                          .inheritedDescriptors = {ready.writeEnd()}});
+    if (ready.readLine().empty()) throw std::runtime_error("the minimal program does not start");
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+void measureStart(const Programs& programs) {
+    Desktop desktop({.layouts = "us,ua"});
+    storeConfiguration(desktop);
+    std::vector<double> ours;
+    std::vector<double> theirs;
+    for (int i = 0; i < startSamples; ++i) {
+        ours.push_back(timeStart(programs, desktop));
+        theirs.push_back(timeMinimalStart(programs, desktop));
+    }
+    const double our = percentile(ours, 0.5);
+    const double their = percentile(theirs, 0.5);
+    row("start → tap installed, against a minimal Qt tray program", text(our, "ms"), text(their, "ms"),
+        ratioText(our, their), "≤ 1.5 ×");
+}
+
+// The process's proportional share of memory, in KiB (proc_pid_smaps(5)).
+double proportionalSetSize(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/smaps_rollup");
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("Pss:")) return std::stod(line.substr(4));
+    }
+    throw std::runtime_error("no memory figures");
+}
+
+// Context switches of all threads: each is one wake-up.
+long wakeUps(pid_t process) {
+    long count = 0;
+    for (const auto& task : fs::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
+        std::ifstream file(task.path() / "status");
+        for (std::string line; std::getline(file, line);) {
+            if (line.starts_with("voluntary_ctxt_switches:")) count += std::stol(line.substr(24));
+        }
+    }
+    return count;
+}
+
+void measureRest(const Programs& programs) {
+    Desktop desktop({.layouts = "us,ua"});
+    storeConfiguration(desktop);
+    Program program(programs.quillmere, desktop);
+    support::StartupPipe ready;
+    ChildProcess minimal({.arguments = {programs.minimalTray.string(), std::to_string(ready.writeEnd())},
+                          .environment = desktop.environment(),
+                          .inheritedDescriptors = {ready.writeEnd()}});
+    if (!program.waitForGrab(keys::space, superModifier) || !program.waitForTrayItem() || ready.readLine().empty()) {
+        throw std::runtime_error("the programs do not start");
+    }
+    support::holdsFor([] { return true; }, std::chrono::seconds(3));
+    const pid_t process = program.process().pid();
+    const double ours = proportionalSetSize(process) / 1024;
+    const double theirs = proportionalSetSize(minimal.pid()) / 1024;
+    row("memory at rest (PSS), against the same", text(ours, "MiB", 1), text(theirs, "MiB", 1), ratioText(ours, theirs),
+        "≤ 1.25 ×");
+    const long before = wakeUps(process);
+    const long minimalBefore = wakeUps(minimal.pid());
+    std::this_thread::sleep_for(restObserved);
+    row("wake-ups in a minute at rest", std::to_string(wakeUps(process) - before),
+        std::to_string(wakeUps(minimal.pid()) - minimalBefore), "", "0");
+}
+
+}  // namespace
+}  // namespace quillmere::bench
+
+int main(int argc, char** argv) {
+    using namespace quillmere::bench;
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: %s <quillmere> <minimal_tray>\n", argv[0]);
+        return EXIT_FAILURE;
+    }
+    const Programs programs{argv[1], argv[2]};
+    QCoreApplication application(argc, argv);
+    try {
+        measureKeys(programs);
+        measurePlate(programs, false);
+        measurePlate(programs, true);
+        measureStart(programs);
+        measureRest(programs);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
