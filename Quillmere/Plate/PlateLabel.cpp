@@ -40,7 +40,8 @@ PlateLabel::PlateLabel(std::string_view name, const QFont& font, QWidget* parent
     setText(singleLine(name));
     // QLabel's own accessible name drops what looks like a mnemonic.
     setAccessibleName(text());
-    adjustSize();
+    // Not adjustSize, which keeps a parentless widget to two thirds of the screen.
+    resize(sizeHint());
 }
 
 void PlateLabel::paintEvent(QPaintEvent* /*event*/) {
