@@ -183,7 +183,7 @@ TEST_F(KeyInterceptorTest, ALoneFnTapFiresOnTheRelease) {
     setFnGroup();
     EXPECT_EQ(flags(KeyEventFlags::secondaryFn), pass);
     EXPECT_TRUE(switches.empty());
-    wait(0.6);
+    wait(0.59);
     EXPECT_EQ(flags(0), pass);
     EXPECT_EQ(switches, std::vector<std::string>{"b"});
     EXPECT_EQ(service.calls, (std::vector<std::string>{"currentID", "select b"}));

@@ -260,7 +260,8 @@ std::optional<Date> SqliteDefaults::date(std::string_view key) const {
     // What the clock's own type cannot hold is no date.
     constexpr double limit = Seconds(Date::duration::max()).count();
     if (seconds == nullptr || !(std::abs(*seconds) < limit)) return std::nullopt;
-    return Date(std::chrono::duration_cast<Date::duration>(Seconds(*seconds)));
+    // A double tells today's seconds to about a quarter of a microsecond.
+    return Date(std::chrono::round<std::chrono::microseconds>(Seconds(*seconds)));
 }
 
 std::optional<std::string> SqliteDefaults::string(std::string_view key) const {

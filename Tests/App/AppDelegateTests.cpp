@@ -1,0 +1,176 @@
+#include "Quillmere/AppDelegate.h"
+#include "Quillmere/Menu/StatusItem.h"
+#include "Quillmere/Palette.h"
+#include "Tests/Support/FakePlatform.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QMenu>
+
+namespace quillmere {
+namespace {
+
+constexpr Shortcut commandK{40, Modifiers::command};
+
+class AppDelegateTest : public testing::Test {
+protected:
+    AppDelegateTest() {
+        system.inputSources.records = {layout("a", "Alpha"), layout("b", "Beta"), layout("c", "Gamma")};
+        system.inputSources.current = "a";
+    }
+    ~AppDelegateTest() override { Palette::setDark(false); }
+
+    void store(std::vector<std::string> sourceIDs, PlateVisibility visibility = PlateVisibility::always) {
+        system.defaults.setData(
+            "config", encodeConfig({true, {{makeUUID(), commandK, std::move(sourceIDs)}}, PlateSettings(visibility)}));
+    }
+    void launch() {
+        delegate = std::make_unique<AppDelegate>(system.take());
+        delegate->applicationDidFinishLaunching();
+    }
+    InterceptDecision press(Shortcut shortcut = commandK) {
+        const std::uint64_t flags = shortcut == commandK ? KeyEventFlags::command : 0;
+        const InterceptDecision decision = system.tap.callback({KeyEventType::keyDown, shortcut.keyCode, 0, flags, 0});
+        system.tap.callback({KeyEventType::keyUp, shortcut.keyCode, 0, flags, 0});
+        return decision;
+    }
+
+    FakePlatform system;
+    std::unique_ptr<AppDelegate> delegate;
+};
+
+TEST_F(AppDelegateTest, WithPermissionTheTapIsInstalledOnceAndNothingPolls) {
+    launch();
+    EXPECT_EQ(system.tap.installCalls, 1);
+    EXPECT_EQ(delegate->permissionGate()->state(), PermissionGate::State::granted);
+    EXPECT_FALSE(delegate->isRetrying());
+    system.queue.advance(10);
+    EXPECT_EQ(system.tap.installCalls, 1);
+}
+
+TEST_F(AppDelegateTest, WithoutPermissionItIsAskedForEverySecondUntilItComes) {
+    system.tap.allowed = false;
+    launch();
+    EXPECT_TRUE(delegate->isRetrying());
+    system.queue.advance(3.5);
+    EXPECT_EQ(system.tap.installCalls, 4);
+    system.tap.allowed = true;
+    system.queue.advance(0.5);
+    EXPECT_EQ(delegate->permissionGate()->state(), PermissionGate::State::granted);
+    EXPECT_FALSE(delegate->isRetrying());
+    system.queue.advance(10);
+    EXPECT_EQ(system.tap.installCalls, 5);
+}
+
+TEST_F(AppDelegateTest, TheInterceptorIsMadeOnce) {
+    launch();
+    EXPECT_EQ(&delegate->interceptor(), &delegate->interceptor());
+}
+
+TEST_F(AppDelegateTest, ASwitchShowsTheGroupsNamesAndTheSelectedOne) {
+    store({"a", "gone", "c"});
+    system.inputSources.current = "gone";
+    launch();
+    EXPECT_EQ(press(), InterceptDecision::swallow);
+    EXPECT_EQ(system.inputSources.current, "c");
+    EXPECT_TRUE(system.panel.isVisible());
+    EXPECT_EQ(system.panel.frame().height(), 3 * 52 + 2 * 6 + 24);
+}
+
+TEST_F(AppDelegateTest, ManyOnlyHidesThePlateOfTwoButNotOfThree) {
+    store({"a", "b"}, PlateVisibility::manyOnly);
+    launch();
+    press();
+    EXPECT_EQ(system.inputSources.current, "b");
+    EXPECT_FALSE(system.panel.isVisible());
+
+    delegate->model().setConfig(
+        {true, {{makeUUID(), commandK, {"a", "b", "c"}}}, PlateSettings(PlateVisibility::manyOnly)});
+    press();
+    EXPECT_EQ(system.inputSources.current, "c");
+    EXPECT_TRUE(system.panel.isVisible());
+}
+
+TEST_F(AppDelegateTest, ManyOnlyCountsTheSourcesOfTheGroupNotTheInstalledOnes) {
+    store({"a", "gone", "also gone"}, PlateVisibility::manyOnly);
+    system.inputSources.current = "also gone";
+    launch();
+    press();
+    EXPECT_TRUE(system.panel.isVisible());
+}
+
+TEST_F(AppDelegateTest, ARefusedSwitchShowsNoPlate) {
+    store({"b"});
+    system.inputSources.status = -1;
+    launch();
+    EXPECT_EQ(press(), InterceptDecision::swallow);
+    EXPECT_FALSE(system.panel.isVisible());
+}
+
+TEST_F(AppDelegateTest, ThePreviewIsShownWhateverTheVisibility) {
+    store({"a"}, PlateVisibility::manyOnly);
+    launch();
+    delegate->model().onPreview();
+    EXPECT_TRUE(system.panel.isVisible());
+    EXPECT_EQ(system.panel.frame().height(), 2 * 52 + 6 + 24);
+}
+
+TEST_F(AppDelegateTest, TheTapLearnsOfEveryChangeAtOnce) {
+    store({"a", "b"});
+    launch();
+    EXPECT_EQ(system.tap.interest, KeyInterest{.shortcuts = {commandK}});
+    delegate->toggleActive();
+    EXPECT_EQ(system.tap.interest, KeyInterest{});
+    delegate->model().startRecording(makeUUID(), [](std::int64_t, Modifiers) {});
+    EXPECT_EQ(system.tap.interest, KeyInterest{.everyKey = true});
+    delegate->model().endRecording();
+    EXPECT_EQ(system.tap.interest, KeyInterest{});
+}
+
+TEST_F(AppDelegateTest, TurningOffAndOnRestoresTheConfigurationAndStoresBoth) {
+    store({"a", "b"});
+    launch();
+    const Config before = delegate->model().config();
+    const int writes = system.defaults.writes("config");
+    delegate->toggleActive();
+    EXPECT_FALSE(decodeConfig(system.defaults.data("config").value())->active);
+    EXPECT_EQ(press(), InterceptDecision::pass);
+    delegate->toggleActive();
+    EXPECT_EQ(delegate->model().config(), before);
+    EXPECT_EQ(system.defaults.writes("config"), writes + 2);
+    EXPECT_EQ(press(), InterceptDecision::swallow);
+}
+
+TEST_F(AppDelegateTest, TheMenuTogglesAndItsCheckMarkFollowsTheConfiguration) {
+    launch();
+    QMenu& menu = delegate->statusItem()->menu();
+    QAction& active = delegate->statusItem()->activeItem();
+    emit menu.aboutToShow();
+    EXPECT_TRUE(active.isChecked());
+    active.trigger();
+    EXPECT_FALSE(delegate->model().config().active);
+    emit menu.aboutToShow();
+    EXPECT_FALSE(active.isChecked());
+    Config config = delegate->model().config();
+    config.active = true;
+    delegate->model().setConfig(config);
+    emit menu.aboutToShow();
+    EXPECT_TRUE(active.isChecked());
+}
+
+TEST_F(AppDelegateTest, ColoursFollowTheSystem) {
+    launch();
+    EXPECT_FALSE(Palette::isDark());
+    system.appearance.setDark(true);
+    EXPECT_TRUE(Palette::isDark());
+}
+
+TEST_F(AppDelegateTest, NothingIsWrittenByStartingAlone) {
+    launch();
+    system.queue.advance(10);
+    EXPECT_EQ(system.defaults.writes("config"), 0);
+}
+
+}  // namespace
+}  // namespace quillmere
