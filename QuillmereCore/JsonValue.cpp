@@ -3,11 +3,10 @@
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/value_stack.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <exception>
-#include <limits>
-#include <system_error>
 
 namespace quillmere::json {
 
@@ -155,8 +154,9 @@ const bj::value* member(const bj::value& json, std::string_view key) {
 std::optional<std::int64_t> integer(const bj::value& json) {
     if (const std::int64_t* value = json.if_int64()) return *value;
     const double* value = json.if_double();
-    constexpr double limit = 9223372036854775808.0;  // 2^63: the largest int64 itself is no double
-    if (!value || !(*value >= -limit && *value < limit) || std::trunc(*value) != *value) return std::nullopt;
+    // 2^63 and -2^63 as doubles may be what rounding made of a number that does not fit.
+    constexpr double limit = 9223372036854775808.0;
+    if (!value || !(std::abs(*value) < limit) || std::trunc(*value) != *value) return std::nullopt;
     return static_cast<std::int64_t>(*value);
 }
 

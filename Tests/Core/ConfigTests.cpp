@@ -1,0 +1,164 @@
+#include "QuillmereCore/Config.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace quillmere {
+namespace {
+
+using Sources = std::vector<std::string>;
+
+constexpr Shortcut controlOptionSpace{Shortcut::space, Modifiers::control | Modifiers::option};
+
+CycleGroup group(std::optional<Shortcut> shortcut, Sources sources) {
+    return {makeUUID(), shortcut, std::move(sources)};
+}
+
+Config config(std::vector<CycleGroup> groups) {
+    return {true, std::move(groups), PlateSettings()};
+}
+
+TEST(CycleGroup, TheNextSourceFollowsTheCurrentOneAndWraps) {
+    const struct {
+        const char* name;
+        Sources sources;
+        std::optional<std::string> current;
+        std::optional<std::string> next;
+    } cases[] = {
+        {"an empty group has none", {}, "A", std::nullopt},
+        {"an empty group has none without a current one", {}, std::nullopt, std::nullopt},
+        {"a lone source follows itself", {"A"}, "A", "A"},
+        {"the second follows the first", {"A", "B", "C"}, "A", "B"},
+        {"the third follows the second", {"A", "B", "C"}, "B", "C"},
+        {"the first follows the last", {"A", "B", "C"}, "C", "A"},
+        {"a source outside the group is followed by its first", {"A", "B", "C"}, "X", "A"},
+        {"no source is followed by the first", {"A", "B", "C"}, std::nullopt, "A"},
+        {"the first occurrence of a duplicate counts", {"A", "B", "A"}, "A", "B"},
+        {"the last of two duplicates is reached but not left", {"A", "B", "A", "C"}, "B", "A"},
+        {"a duplicate of itself", {"A", "A"}, "A", "A"},
+        {"strings are compared exactly", {"A", "B"}, "a", "A"},
+        {"a prefix is another source", {"xkb:us", "xkb:us+dvorak"}, "xkb:us+dvorak", "xkb:us"},
+        {"composed and decomposed text differ", {"A", "\u00E9", "C"}, "e\u0301", "A"},
+        {"an empty identifier is one like any other", {"", "B"}, "", "B"},
+    };
+    for (const auto& [name, sources, current, next] : cases)
+        EXPECT_EQ(group(std::nullopt, sources).next(current), next) << name;
+}
+
+TEST(Config, AShortcutFiresItsGroup) {
+    const Config given = config({group(Shortcut::fn, {"A", "B"}), group(controlOptionSpace, {"C", "D"})});
+    EXPECT_EQ(given.group(controlOptionSpace), &given.groups[1]);
+    EXPECT_EQ(given.group(Shortcut::fn), &given.groups[0]);
+    EXPECT_EQ(given.target(controlOptionSpace, "C"), "D");
+    EXPECT_EQ(given.target(controlOptionSpace, std::nullopt), "C");
+    EXPECT_EQ(given.target(Shortcut::fn, "B"), "A");
+}
+
+TEST(Config, ASourceOutsideTheGroupIsFollowedByItsFirst) {
+    EXPECT_EQ(config({group(Shortcut::fn, {"A", "B"})}).target(Shortcut::fn, "C"), "A");
+}
+
+TEST(Config, WhileInactiveNoGroupFires) {
+    Config given = config({group(Shortcut::fn, {"A"})});
+    given.active = false;
+    EXPECT_EQ(given.group(Shortcut::fn), nullptr);
+    EXPECT_EQ(given.target(Shortcut::fn, "A"), std::nullopt);
+}
+
+TEST(Config, OfTwoGroupsWithOneShortcutTheFirstThatHasSourcesWins) {
+    Config given = config({group(Shortcut::fn, {"A"}), group(Shortcut::fn, {"B"})});
+    EXPECT_EQ(given.group(Shortcut::fn), &given.groups[0]);
+    EXPECT_EQ(given.target(Shortcut::fn, std::nullopt), "A");
+    given.groups[0].sourceIDs.clear();
+    EXPECT_EQ(given.group(Shortcut::fn), &given.groups[1]);
+    EXPECT_EQ(given.target(Shortcut::fn, std::nullopt), "B");
+    given.groups[1].sourceIDs.clear();
+    EXPECT_EQ(given.group(Shortcut::fn), nullptr);
+    EXPECT_EQ(given.target(Shortcut::fn, std::nullopt), std::nullopt);
+}
+
+TEST(Config, AGroupWithoutAShortcutNeverFires) {
+    const Config given = config({group(std::nullopt, {"A"}), group(Shortcut{}, {"B"})});
+    EXPECT_EQ(given.group(Shortcut{}), &given.groups[1]);
+    EXPECT_EQ(given.group(Shortcut::fn), nullptr);
+}
+
+TEST(Config, ModifiersMustMatchExactly) {
+    const Config given = config({group(controlOptionSpace, {"A"})});
+    for (std::int64_t bits = 0; bits < 32; ++bits)
+        EXPECT_EQ(given.group(Shortcut{Shortcut::space, Modifiers(bits)}) != nullptr, bits == 12) << bits;
+    EXPECT_EQ(given.group(Shortcut{48, controlOptionSpace.modifiers}), nullptr);
+}
+
+TEST(Config, WithoutGroupsNothingFires) {
+    EXPECT_EQ(Config().group(Shortcut::fn), nullptr);
+    EXPECT_EQ(Config().target(Shortcut::fn, "A"), std::nullopt);
+}
+
+TEST(Config, TheDefaultsBindEverySourceToFnAlone) {
+    const std::vector<SourceInfo> available{{"b", "Beta", "be"}, {"a", "Alpha", ""}, {"b", "Beta again", "be"}};
+    const Config defaults = Config::defaults(available);
+    EXPECT_TRUE(defaults.active);
+    ASSERT_EQ(defaults.groups.size(), 1U);
+    EXPECT_EQ(defaults.groups[0].shortcut, Shortcut::fn);
+    EXPECT_EQ(defaults.groups[0].sourceIDs, (Sources{"b", "a", "b"}));
+    EXPECT_EQ(defaults.plate, PlateSettings(PlateVisibility::always));
+    EXPECT_EQ(defaults.target(Shortcut::fn, "b"), "a");
+}
+
+TEST(Config, TheDefaultsOverNoSourcesNeverFireUntilOneIsAdded) {
+    Config defaults = Config::defaults({});
+    ASSERT_EQ(defaults.groups.size(), 1U);
+    EXPECT_EQ(defaults.groups[0].shortcut, Shortcut::fn);
+    EXPECT_TRUE(defaults.groups[0].sourceIDs.empty());
+    EXPECT_EQ(defaults.group(Shortcut::fn), nullptr);
+    defaults.groups[0].sourceIDs.push_back("A");
+    EXPECT_EQ(defaults.target(Shortcut::fn, std::nullopt), "A");
+}
+
+TEST(Config, EveryDefaultGroupHasAnIdentifierOfItsOwn) {
+    const UUID id = Config::defaults({}).groups[0].id;
+    EXPECT_FALSE(id.is_nil());
+    EXPECT_NE(Config::defaults({}).groups[0].id, id);
+    EXPECT_EQ(id.version(), boost::uuids::uuid::version_random_number_based);
+}
+
+TEST(Config, CopiesAreEqualAndIndependent) {
+    const Config original = config({group(controlOptionSpace, {"A", "B"}), group(std::nullopt, {})});
+    Config copy = original;
+    EXPECT_EQ(copy, original);
+    copy.groups[0].sourceIDs[0] = "X";
+    EXPECT_NE(copy, original);
+    EXPECT_EQ(original.groups[0].sourceIDs[0], "A");
+}
+
+TEST(Config, ConfigurationsAreEqualFieldByFieldAndInOrder) {
+    const Config original = config({group(controlOptionSpace, {"A", "B"}), group(Shortcut::fn, {"C"})});
+    const auto differs = [&](const char* what, auto change) {
+        Config copy = original;
+        change(copy);
+        EXPECT_NE(copy, original) << what;
+    };
+    differs("active", [](Config& copy) { copy.active = false; });
+    differs("plate", [](Config& copy) { copy.plate.setOpacity(0.5); });
+    differs("one group fewer", [](Config& copy) { copy.groups.pop_back(); });
+    differs("the order of the groups", [](Config& copy) { std::swap(copy.groups[0], copy.groups[1]); });
+    differs("a group's identifier", [](Config& copy) { copy.groups[0].id = makeUUID(); });
+    differs("no shortcut", [](Config& copy) { copy.groups[0].shortcut.reset(); });
+    differs("another shortcut", [](Config& copy) { copy.groups[0].shortcut->modifiers.insert(Modifiers::shift); });
+    differs("the order of the sources", [](Config& copy) { copy.groups[0].sourceIDs = {"B", "A"}; });
+    differs("one source more", [](Config& copy) { copy.groups[0].sourceIDs.push_back("A"); });
+}
+
+TEST(SourceInfo, IsEqualOverAllThreeFields) {
+    const SourceInfo source{"xkb:ua", "Ukrainian", "uk"};
+    EXPECT_EQ(SourceInfo(source), source);
+    EXPECT_NE((SourceInfo{"xkb:us", "Ukrainian", "uk"}), source);
+    EXPECT_NE((SourceInfo{"xkb:ua", "English", "uk"}), source);
+    EXPECT_NE((SourceInfo{"xkb:ua", "Ukrainian", ""}), source);
+}
+
+}  // namespace
+}  // namespace quillmere
