@@ -1,5 +1,7 @@
 #include "Quillmere/Controls/CardStyle.h"
 
+#include <QVBoxLayout>
+
 namespace quillmere {
 
 namespace {
@@ -8,8 +10,14 @@ constexpr int padding = 14;
 }  // namespace
 
 Card::Card(QWidget* parent) : PlateView(Palette::card(), Palette::border(), cornerRadius, parent) {
-    setContentsMargins(padding, padding, padding, padding);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+QVBoxLayout* Card::makeColumn(int spacing) {
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(padding, padding, padding, padding);
+    column->setSpacing(spacing);
+    return column;
 }
 
 }  // namespace quillmere

@@ -2,6 +2,8 @@
 
 #include "Quillmere/Palette.h"
 
+class QVBoxLayout;
+
 namespace quillmere {
 
 /// A card: its content, 14 points from the edge of an outlined rectangle with
@@ -9,6 +11,10 @@ namespace quillmere {
 class Card : public PlateView {
 public:
     explicit Card(QWidget* parent = nullptr);
+
+    /// The content: a column from the leading edge, `spacing` points apart.
+    /// Called once; the card owns it.
+    QVBoxLayout* makeColumn(int spacing);
 };
 
 }  // namespace quillmere

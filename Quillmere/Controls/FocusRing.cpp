@@ -28,7 +28,8 @@ public:
 
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* result) const override {
-        if (hint == SH_FocusFrame_Mask || hint == SH_FocusFrame_AboveWidget) return 0;
+        if (hint == SH_FocusFrame_Mask) return 0;
+        if (hint == SH_FocusFrame_AboveWidget) return 1;  // else the nearest parent would cut it off
         return QProxyStyle::styleHint(hint, option, widget, result);
     }
 

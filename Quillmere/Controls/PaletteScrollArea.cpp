@@ -11,7 +11,7 @@ PaletteScrollArea::PaletteScrollArea(int spacing, QWidget* parent) : QScrollArea
     setWidgetResizable(true);
     setFocusPolicy(Qt::NoFocus);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setVerticalScrollBar(new PaletteScrollBar(Qt::Vertical, this));
+    setVerticalScrollBar(new PaletteScrollBar(this));
     viewport()->setAutoFillBackground(false);
 
     auto* const content = new QWidget;

@@ -4,12 +4,10 @@
 
 namespace quillmere {
 
-/// A slim scroll bar in the muted colour, without arrows.
+/// A slim vertical scroll bar in the muted colour, without arrows.
 class PaletteScrollBar : public QScrollBar {
 public:
-    explicit PaletteScrollBar(Qt::Orientation orientation, QWidget* parent = nullptr);
-
-    QSize sizeHint() const override;
+    explicit PaletteScrollBar(QWidget* parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -18,7 +18,7 @@ namespace {
 constexpr double cornerRadius = 8;
 constexpr int verticalPadding = 5;
 constexpr int horizontalPadding = 12;
-constexpr int arrows = 14;
+constexpr int arrows = 18;
 }  // namespace
 
 PopUpPicker::PopUpPicker(const QStringList& titles, QWidget* parent) : QComboBox(parent) {

@@ -3,6 +3,8 @@
 #include <QFontMetrics>
 #include <QPainter>
 
+#include <cmath>
+
 namespace quillmere {
 
 TextButton::TextButton(const QString& title, const Metrics& metrics, QWidget* parent)
@@ -16,10 +18,13 @@ void TextButton::setMetrics(const Metrics& metrics) {
     updateGeometry();
 }
 
+double TextButton::textWidth() const {
+    return QFontMetricsF(font()).horizontalAdvance(title());
+}
+
 QSize TextButton::sizeHint() const {
-    const QFontMetrics text = fontMetrics();
-    return {text.horizontalAdvance(title()) + 2 * metrics_.horizontalPadding,
-            text.height() + 2 * metrics_.verticalPadding};
+    return {static_cast<int>(std::ceil(textWidth())) + 2 * metrics_.horizontalPadding,
+            fontMetrics().height() + 2 * metrics_.verticalPadding};
 }
 
 void TextButton::paintFace(QPainter& painter) {
@@ -33,8 +38,13 @@ void TextButton::paintFace(QPainter& painter) {
     painter.drawRoundedRect(shape, metrics_.radius - inset, metrics_.radius - inset);
 
     painter.setPen(colors.text.resolved(isDark));
-    const QRect line = rect().adjusted(metrics_.horizontalPadding, 0, -metrics_.horizontalPadding, 0);
-    const QString text = fontMetrics().elidedText(title(), Qt::ElideRight, line.width());
+    paintText(painter, QRectF(rect()).adjusted(metrics_.horizontalPadding, 0, -metrics_.horizontalPadding, 0));
+}
+
+void TextButton::paintText(QPainter& painter, const QRectF& line) const {
+    // asked only then: rounding makes it shorten a text that just fits
+    const bool fits = textWidth() <= line.width();
+    const QString text = fits ? title() : QFontMetricsF(font()).elidedText(title(), Qt::ElideRight, line.width());
     painter.drawText(line, Qt::AlignCenter | Qt::TextSingleLine, text);
 }
 

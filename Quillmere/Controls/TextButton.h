@@ -33,6 +33,11 @@ protected:
     void setMetrics(const Metrics& metrics);
     const Metrics& metrics() const { return metrics_; }
 
+    /// The room that the title takes, in points.
+    virtual double textWidth() const;
+    /// Draws the title in the middle of `line`, with the painter's pen.
+    virtual void paintText(QPainter& painter, const QRectF& line) const;
+
     void paintFace(QPainter& painter) override;
 
 private:

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace quillmere {
+
+/// Keeps the program from running twice in one session: where a desktop has no
+/// tray, starting it again is how its user reaches the running one. Main
+/// thread only.
+class SingleInstance {
+public:
+    SingleInstance() = default;
+    SingleInstance(const SingleInstance&) = delete;
+    SingleInstance& operator=(const SingleInstance&) = delete;
+    virtual ~SingleInstance() = default;
+
+    /// True when this is the session's only instance, or when nothing on this
+    /// system can tell. False when there is another: that one has then been
+    /// activated, and this one should end. Once, at start.
+    virtual bool claim() = 0;
+
+    /// What a later instance's start does here; from the event loop. An
+    /// activation that comes before this is set is kept for it.
+    virtual void setOnActivate(std::function<void()> onActivate) = 0;
+};
+
+/// The running system's own. Needs the application object; main thread.
+std::unique_ptr<SingleInstance> makeSingleInstance();
+
+}  // namespace quillmere

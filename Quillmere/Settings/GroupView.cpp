@@ -1,0 +1,144 @@
+#include "Quillmere/Settings/GroupView.h"
+
+#include "Quillmere/Controls/IconButton.h"
+#include "Quillmere/Controls/MenuButton.h"
+#include "Quillmere/Settings/ShortcutChip.h"
+#include "Quillmere/Settings/ShortcutRecorder.h"
+#include "Quillmere/Settings/SourceRow.h"
+
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+namespace quillmere {
+
+GroupView::GroupView(const GroupBinding& binding, std::function<void()> onDelete, QWidget* parent)
+    : Card(parent),
+      binding_(binding),
+      shown_{.id = binding.groupID(), .shortcut = std::nullopt, .sourceIDs = {}},
+      recorder_(new ShortcutRecorder(binding, this)),
+      delete_(new IconButton(Icon::trash, {}, this)),
+      add_(new MenuButton(QStringLiteral("Add source ▾"), [this](QMenu& menu) { fillMenu(menu); }, this)) {
+    layOut();
+    connect(delete_, &QAbstractButton::clicked, this, [onDelete = std::move(onDelete)] { onDelete(); });
+}
+
+void GroupView::layOut() {
+    auto* const header = new QHBoxLayout;
+    header->setSpacing(8);
+    header->addWidget(recorder_, 0, Qt::AlignTop);
+    header->addStretch();
+    header->addWidget(delete_, 0, Qt::AlignTop);
+    rowColumn_ = new QVBoxLayout;
+    rowColumn_->setSpacing(2);
+    QVBoxLayout* const column = makeColumn(8);
+    column->addLayout(header);
+    column->addLayout(rowColumn_);
+    column->addWidget(add_);
+}
+
+void GroupView::showGroup(const CycleGroup& group, int number) {
+    const bool isSameNumber = std::exchange(number_, number) == number;
+    if (isSameNumber && shown_ == group) return;
+    const bool hasSameSources = shown_.sourceIDs == group.sourceIDs;
+    shown_ = group;
+    recorder_->setNumber(number);
+    delete_->setAccessibleName(QStringLiteral("Delete group %1").arg(number));
+    add_->setAccessibleName(QStringLiteral("Add source to group %1").arg(number));
+    if (!hasSameSources) showSources();
+}
+
+void GroupView::showSources() {
+    updateRowCount();
+    for (std::size_t i = 0; i < rows_.size(); ++i)
+        rows_[i]->setSource(QString::fromStdString(binding_.model().name(shown_.sourceIDs[i])),
+                            static_cast<int>(rows_.size()));
+    add_->setEnabled(!candidates().empty());
+}
+
+void GroupView::updateRowCount() {
+    while (rows_.size() > shown_.sourceIDs.size()) {
+        // later: the button that was pressed may sit in this very row
+        rows_.back()->hide();
+        rows_.back()->deleteLater();
+        rows_.pop_back();
+    }
+    while (rows_.size() < shown_.sourceIDs.size())
+        rows_.push_back(makeRow(static_cast<int>(rows_.size())));
+}
+
+SourceRow* GroupView::makeRow(int index) {
+    auto* const row = new SourceRow(index, this);
+    connect(row, &SourceRow::moveUpRequested, this, [this, index] { moveSource(index, -1); });
+    connect(row, &SourceRow::moveDownRequested, this, [this, index] { moveSource(index, 1); });
+    connect(row, &SourceRow::removeRequested, this, [this, index] { removeSource(index); });
+    rowColumn_->addWidget(row);
+    QWidget* const before = rows_.empty() ? static_cast<QWidget*>(delete_) : &rows_.back()->remove();
+    setTabOrder(before, &row->up());
+    setTabOrder(&row->up(), &row->down());
+    setTabOrder(&row->down(), &row->remove());
+    return row;
+}
+
+std::vector<SourceInfo> GroupView::candidates() const {
+    const std::unordered_set<std::string> taken(shown_.sourceIDs.begin(), shown_.sourceIDs.end());
+    std::vector<SourceInfo> candidates;
+    std::ranges::copy_if(binding_.model().available(), std::back_inserter(candidates),
+                         [&](const SourceInfo& source) { return !taken.contains(source.id); });
+    return candidates;
+}
+
+std::vector<QWidget*> GroupView::controls() const {
+    std::vector<QWidget*> controls{&recorder_->button(), delete_};
+    for (const SourceRow* const row : rows_)
+        controls.insert(controls.end(), {&row->up(), &row->down(), &row->remove()});
+    controls.push_back(add_);
+    return controls;
+}
+
+QWidget& GroupView::lastControl() const {
+    return *add_;
+}
+
+void GroupView::fillMenu(QMenu& menu) const {
+    for (const SourceInfo& source : candidates()) {
+        QString title = QString::fromStdString(source.name);
+        title.replace(QLatin1Char('&'), QLatin1String("&&"));  // names carry no shortcuts
+        connect(menu.addAction(title), &QAction::triggered, this, [this, id = source.id] { append(id); });
+    }
+}
+
+void GroupView::append(const std::string& sourceID) const {
+    binding_.edit([&](CycleGroup& group) { group.sourceIDs.push_back(sourceID); });
+}
+
+void GroupView::moveSource(int index, int step) {
+    const SourceRow& pressed = *rows_.at(static_cast<std::size_t>(index));
+    const bool hadFocus = pressed.up().hasFocus() || pressed.down().hasFocus();
+    binding_.edit([&](CycleGroup& group) {
+        auto& ids = group.sourceIDs;
+        std::swap(ids.at(static_cast<std::size_t>(index)), ids.at(static_cast<std::size_t>(index + step)));
+    });
+    if (!hadFocus) return;
+    // along with the source, so that pressing again moves it on
+    const SourceRow& moved = *rows_.at(static_cast<std::size_t>(index + step));
+    IconButton& same = step < 0 ? moved.up() : moved.down();
+    IconButton& other = step < 0 ? moved.down() : moved.up();
+    (same.isEnabled() ? same : other).setFocus(Qt::TabFocusReason);
+}
+
+void GroupView::removeSource(int index) {
+    const bool hadFocus = rows_.at(static_cast<std::size_t>(index))->remove().hasFocus();
+    binding_.edit([&](CycleGroup& group) { group.sourceIDs.erase(group.sourceIDs.begin() + index); });
+    if (!hadFocus) return;
+    if (rows_.empty())
+        add_->setFocus(Qt::TabFocusReason);
+    else
+        rows_.at(std::min(static_cast<std::size_t>(index), rows_.size() - 1))->remove().setFocus(Qt::TabFocusReason);
+}
+
+}  // namespace quillmere

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "Quillmere/Controls/CardStyle.h"
+#include "Quillmere/Settings/GroupBinding.h"
+
+#include <functional>
+#include <vector>
+
+class QMenu;
+class QVBoxLayout;
+
+namespace quillmere {
+
+class IconButton;
+class MenuButton;
+class ShortcutRecorder;
+class SourceRow;
+
+/// The card that edits one group in place. Its rows are kept and shown anew
+/// rather than made anew, so that an edit redraws what it changed. Main thread
+/// only.
+class GroupView : public Card {
+public:
+    /// `onDelete` removes this group; the card may be gone soon after.
+    GroupView(const GroupBinding& binding, std::function<void()> onDelete, QWidget* parent = nullptr);
+
+    const UUID& groupID() const { return binding_.groupID(); }
+
+    /// Shows `group`, which has this card's identifier, as the group with this
+    /// number, from 1. Does nothing when it shows just that.
+    void showGroup(const CycleGroup& group, int number);
+    /// Shows the sources anew, whose names or number may have changed.
+    void showSources();
+
+    /// The sources that can be added: the available ones that the group does
+    /// not have, in their order.
+    std::vector<SourceInfo> candidates() const;
+
+    /// Everything that takes the focus, in reading order.
+    std::vector<QWidget*> controls() const;
+    QWidget& lastControl() const;
+
+    ShortcutRecorder& recorder() const { return *recorder_; }
+    IconButton& deleteButton() const { return *delete_; }
+    MenuButton& addButton() const { return *add_; }
+    const std::vector<SourceRow*>& rows() const { return rows_; }
+
+private:
+    void layOut();
+    void updateRowCount();
+    SourceRow* makeRow(int index);
+    void fillMenu(QMenu& menu) const;
+    void append(const std::string& sourceID) const;
+    void moveSource(int index, int step);
+    void removeSource(int index);
+
+    GroupBinding binding_;
+    CycleGroup shown_;
+    int number_ = 0;
+    ShortcutRecorder* recorder_;
+    IconButton* delete_;
+    QVBoxLayout* rowColumn_ = nullptr;
+    std::vector<SourceRow*> rows_;
+    MenuButton* add_;
+};
+
+}  // namespace quillmere
