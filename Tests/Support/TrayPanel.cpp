@@ -114,6 +114,11 @@ std::vector<MenuEntry> readLayout(const QVariant& value) {
     return entries;
 }
 
+QVariantList clickArguments(int entry) {
+    constexpr uint now = 0;
+    return {entry, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), now};
+}
+
 }  // namespace
 
 TrayPanel::TrayPanel(QDBusConnection bus) : bus_(std::move(bus)), watcher_(new QDBusServiceWatcher(this)) {
@@ -203,15 +208,30 @@ std::vector<MenuEntry> TrayPanel::openMenu() {
     return readLayout(layout.arguments().at(1));
 }
 
-bool TrayPanel::click(const std::string& label) {
+std::optional<TrayPanel::Target> TrayPanel::find(const std::string& label) {
     const std::vector<MenuEntry> entries = openMenu();
     const auto entry = std::ranges::find(entries, label, &MenuEntry::label);
-    if (entry == entries.end()) return false;
-    const auto menu = menuOf(*firstItem());
-    const QDBusMessage reply =
-        callMethod(bus_, menu->service, menu->path, menuInterface, QStringLiteral("Event"),
-                   {entry->id, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)), 0U});
+    const auto item = firstItem();
+    const auto menu = item && entry != entries.end() ? menuOf(*item) : std::nullopt;
+    return menu ? std::optional(Target{*menu, entry->id}) : std::nullopt;
+}
+
+bool TrayPanel::click(const std::string& label) {
+    const auto target = find(label);
+    if (!target) return false;
+    const QDBusMessage reply = callMethod(bus_, target->menu.service, target->menu.path, menuInterface,
+                                          QStringLiteral("Event"), clickArguments(target->entry));
     return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+void TrayPanel::clickWithoutWaiting(const std::string& label, int times) {
+    const auto target = find(label);
+    if (!target) throw SupportError("no menu entry " + label);
+    QDBusMessage event =
+        QDBusMessage::createMethodCall(target->menu.service, target->menu.path, menuInterface, QStringLiteral("Event"));
+    event.setArguments(clickArguments(target->entry));
+    for (int i = 0; i < times; ++i)
+        bus_.send(event);
 }
 
 }  // namespace quillmere::support

@@ -58,6 +58,8 @@ public:
     /// Opens the menu and clicks the entry with this label; false when there
     /// is none such.
     bool click(const std::string& label);
+    /// Clicks it `times` times in a row without looking what comes of it.
+    void clickWithoutWaiting(const std::string& label, int times);
 
 public slots:
     /// Called by items.
@@ -75,7 +77,12 @@ private:
         QString service;
         QString path;
     };
+    struct Target {
+        Address menu;
+        int entry;
+    };
     std::optional<Address> firstItem() const;
+    std::optional<Target> find(const std::string& label);
     std::optional<Address> menuOf(const Address& item) const;
     QVariant itemProperty(const Address& item, const QString& name) const;
     void forget(const QString& service);

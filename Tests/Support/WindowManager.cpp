@@ -3,7 +3,39 @@
 #include "Tests/Support/SupportError.h"
 #include "Tests/Support/WaitUntil.h"
 
+#include <X11/Xlib.h>
+
 namespace quillmere::support {
+
+namespace {
+
+/// Asks how wide a window's frame would be, which every window manager of
+/// today answers with a property.
+void askForFrame(XConnection& connection, Window window) {
+    XEvent request{};
+    request.xclient.type = ClientMessage;
+    request.xclient.window = window;
+    request.xclient.message_type = connection.atom("_NET_REQUEST_FRAME_EXTENTS");
+    request.xclient.format = 32;
+    XSendEvent(connection.display(), connection.root(), False, SubstructureRedirectMask | SubstructureNotifyMask,
+               &request);
+    connection.synchronize();
+}
+
+/// A window manager announces itself before it listens, and may then sleep on
+/// a request that came in between: so it is asked until it answers.
+bool waitUntilItAnswers(XConnection& connection) {
+    const Window window = XCreateSimpleWindow(connection.display(), connection.root(), 0, 0, 1, 1, 0, 0, 0);
+    const bool answers = waitUntil([&] {
+        askForFrame(connection, window);
+        return connection.number(window, "_NET_FRAME_EXTENTS").has_value();
+    });
+    XDestroyWindow(connection.display(), window);
+    connection.synchronize();
+    return answers;
+}
+
+}  // namespace
 
 WindowManager::WindowManager(const std::filesystem::path& folder, const Environment& environment,
                              XConnection& connection)
@@ -14,8 +46,7 @@ WindowManager::WindowManager(const std::filesystem::path& folder, const Environm
           .inheritedDescriptors = {},
           .prepare = {},
       }) {
-    const auto manages = [&] { return connection.number(connection.root(), "_NET_SUPPORTING_WM_CHECK").has_value(); };
-    if (!waitUntil(manages)) throw SupportError("the window manager does not start: " + process_.output());
+    if (!waitUntilItAnswers(connection)) throw SupportError("the window manager does not start: " + process_.output());
 }
 
 }  // namespace quillmere::support

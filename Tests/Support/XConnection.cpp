@@ -66,18 +66,24 @@ bool XConnection::isSelectionOwned(const char* name) const {
     return XGetSelectionOwner(display_, atom(name)) != None;
 }
 
-std::optional<unsigned long> XConnection::number(unsigned long window, const char* property) const {
+std::vector<unsigned long> XConnection::numbers(unsigned long window, const char* property, int limit) const {
     Atom type = None;
     int format = 0;
     unsigned long count = 0;
     unsigned long left = 0;
     unsigned char* data = nullptr;
-    XGetWindowProperty(display_, window, atom(property), 0, 1, False, AnyPropertyType, &type, &format, &count, &left,
-                       &data);
+    XGetWindowProperty(display_, window, atom(property), 0, limit, False, AnyPropertyType, &type, &format, &count,
+                       &left, &data);
     const XOwned<unsigned char> owned(data);
-    if (data == nullptr || format != 32 || count == 0) return std::nullopt;
+    if (data == nullptr || format != 32) return {};
     // Xlib hands 32-bit properties out as an array of long.
-    return *reinterpret_cast<unsigned long*>(data);
+    const auto* elements = reinterpret_cast<const unsigned long*>(data);
+    return {elements, elements + count};
+}
+
+std::optional<unsigned long> XConnection::number(unsigned long window, const char* property) const {
+    const std::vector<unsigned long> elements = numbers(window, property, 1);
+    return elements.empty() ? std::nullopt : std::optional(elements.front());
 }
 
 std::optional<std::string> XConnection::text(unsigned long window, const char* property) const {

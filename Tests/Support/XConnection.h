@@ -51,6 +51,8 @@ public:
     /// Whether some client owns this selection.
     bool isSelectionOwned(const char* name) const;
 
+    /// Up to `limit` elements of a window's 32-bit property.
+    std::vector<unsigned long> numbers(unsigned long window, const char* property, int limit) const;
     /// The first element of a window's 32-bit property.
     std::optional<unsigned long> number(unsigned long window, const char* property) const;
     /// The bytes of a window's 8-bit property.
