@@ -9,6 +9,9 @@
 
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <iterator>
+
 namespace quillmere {
 
 GeneralTab::GeneralTab(ConfigModel& model, AppSettings& settings, bool glassAvailable, QWidget* parent)
@@ -55,6 +58,13 @@ Card* GeneralTab::makeUpdatesCard() {
     connect(automatic_, &QAbstractButton::clicked, this, [this](bool on) { settings_.setAutomaticUpdates(on); });
     connect(check_, &QAbstractButton::clicked, this, [this] { settings_.checkForUpdates(); });
     return updatesCard_;
+}
+
+std::vector<QWidget*> GeneralTab::controls() const {
+    std::vector<QWidget*> controls{login_};
+    if (updatesCard_) controls.insert(controls.end(), {automatic_, check_});
+    std::ranges::copy(plate_->controls(), std::back_inserter(controls));
+    return controls;
 }
 
 void GeneralTab::refresh() {

@@ -5,7 +5,7 @@
 
 #include <QWidget>
 
-class QVBoxLayout;
+#include <vector>
 
 namespace quillmere {
 
@@ -30,6 +30,9 @@ public:
     SwitchControl* updatesSwitch() const { return automatic_; }
     ChipButton* checkButton() const { return check_; }
     PlateSection& plateSection() const { return *plate_; }
+
+    /// Everything that takes the focus, in reading order.
+    std::vector<QWidget*> controls() const;
 
 private:
     Card* makeLoginCard();

@@ -77,10 +77,6 @@ SourceRow* GroupView::makeRow(int index) {
     connect(row, &SourceRow::moveDownRequested, this, [this, index] { moveSource(index, 1); });
     connect(row, &SourceRow::removeRequested, this, [this, index] { removeSource(index); });
     rowColumn_->addWidget(row);
-    QWidget* const before = rows_.empty() ? static_cast<QWidget*>(delete_) : &rows_.back()->remove();
-    setTabOrder(before, &row->up());
-    setTabOrder(&row->up(), &row->down());
-    setTabOrder(&row->down(), &row->remove());
     return row;
 }
 
@@ -98,10 +94,6 @@ std::vector<QWidget*> GroupView::controls() const {
         controls.insert(controls.end(), {&row->up(), &row->down(), &row->remove()});
     controls.push_back(add_);
     return controls;
-}
-
-QWidget& GroupView::lastControl() const {
-    return *add_;
 }
 
 void GroupView::fillMenu(QMenu& menu) const {

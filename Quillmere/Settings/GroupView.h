@@ -38,7 +38,6 @@ public:
 
     /// Everything that takes the focus, in reading order.
     std::vector<QWidget*> controls() const;
-    QWidget& lastControl() const;
 
     ShortcutRecorder& recorder() const { return *recorder_; }
     IconButton& deleteButton() const { return *delete_; }

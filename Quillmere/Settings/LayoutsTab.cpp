@@ -1,6 +1,7 @@
 #include "Quillmere/Settings/LayoutsTab.h"
 
 #include "Quillmere/Controls/ChipButtonStyle.h"
+#include "Quillmere/Controls/IconButton.h"
 #include "Quillmere/Controls/PaletteScrollArea.h"
 #include "Quillmere/Controls/SwitchControl.h"
 #include "Quillmere/Settings/GroupView.h"
@@ -8,6 +9,8 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace quillmere {
 
@@ -49,13 +52,11 @@ void LayoutsTab::updateCards() {
         const std::size_t index = cards_.size();
         const auto found =
             std::ranges::find_if(old, [&](const GroupView* card) { return card && card->groupID() == group.id; });
-        const bool isNew = found == old.end();
-        cards_.push_back(isNew ? makeCard(group.id) : std::exchange(*found, nullptr));
+        cards_.push_back(found == old.end() ? makeCard(group.id) : std::exchange(*found, nullptr));
         cards_.back()->showGroup(group, static_cast<int>(index) + 1);
         const int place = static_cast<int>(index);
         const QLayoutItem* const there = scroll_->column().itemAt(place);
         if (!there || there->widget() != cards_.back()) scroll_->column().insertWidget(place, cards_.back());
-        if (isNew) orderTabs(index);
     }
     for (GroupView* const card : old) {
         if (!card) continue;
@@ -70,14 +71,12 @@ GroupView* LayoutsTab::makeCard(const UUID& groupID) {
     return new GroupView(GroupBinding(model_, groupID), [this, groupID] { removeGroup(groupID); }, scroll_->widget());
 }
 
-/// Puts a new card's controls behind those of the card above: in the order of
-/// creation they would come after "Add group".
-void LayoutsTab::orderTabs(std::size_t index) {
-    QWidget* before = index == 0 ? static_cast<QWidget*>(active_) : &cards_[index - 1]->lastControl();
-    for (QWidget* const control : cards_[index]->controls()) {
-        setTabOrder(before, control);
-        before = control;
-    }
+std::vector<QWidget*> LayoutsTab::controls() const {
+    std::vector<QWidget*> controls{active_};
+    for (const GroupView* const card : cards_)
+        std::ranges::copy(card->controls(), std::back_inserter(controls));
+    controls.push_back(addGroup_);
+    return controls;
 }
 
 void LayoutsTab::addGroup() {
@@ -87,9 +86,16 @@ void LayoutsTab::addGroup() {
 }
 
 void LayoutsTab::removeGroup(const UUID& groupID) {
+    const auto card = std::ranges::find(cards_, groupID, &GroupView::groupID);
+    const auto index = static_cast<std::size_t>(card - cards_.begin());
+    const bool hadFocus = (*card)->deleteButton().hasFocus();
     Config config = model_.config();
     std::erase_if(config.groups, [&](const CycleGroup& group) { return group.id == groupID; });
     model_.setConfig(std::move(config));
+    if (!hadFocus) return;
+    QWidget* const next =
+        cards_.empty() ? static_cast<QWidget*>(addGroup_) : &cards_[std::min(index, cards_.size() - 1)]->deleteButton();
+    next->setFocus(Qt::TabFocusReason);
 }
 
 }  // namespace quillmere

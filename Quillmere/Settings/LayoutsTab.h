@@ -24,13 +24,14 @@ public:
     ChipButton& addGroupButton() const { return *addGroup_; }
     /// The cards in the groups' order.
     const std::vector<GroupView*>& cards() const { return cards_; }
+    /// Everything that takes the focus, in reading order.
+    std::vector<QWidget*> controls() const;
     PaletteScrollArea& scrollArea() const { return *scroll_; }
 
 private:
     void refresh();
     void updateCards();
     GroupView* makeCard(const UUID& groupID);
-    void orderTabs(std::size_t index);
     void addGroup();
     void removeGroup(const UUID& groupID);
 

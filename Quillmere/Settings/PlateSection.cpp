@@ -96,6 +96,14 @@ void PlateSection::observe() {
     connect(&model_, &ConfigModel::configChanged, this, [this] { refresh(); });
 }
 
+std::vector<QWidget*> PlateSection::controls() const {
+    std::vector<QWidget*> controls{visibility_};
+    for (std::size_t i = 0; i < allPlateBackgrounds.size(); ++i)
+        controls.push_back(background_->segment(static_cast<int>(i)));
+    controls.insert(controls.end(), {opacity_, preview_});
+    return controls;
+}
+
 void PlateSection::refresh() {
     const PlateSettings& plate = model_.config().plate;
     const PlateBackground background = plate.resolvedBackground(glassAvailable_);

@@ -4,6 +4,7 @@
 #include "Quillmere/Controls/CardStyle.h"
 
 #include <functional>
+#include <vector>
 
 namespace quillmere {
 
@@ -28,6 +29,9 @@ public:
     /// The label, the slider and the percentage; hidden for a glass plate.
     QWidget& opacityRow() const { return *opacityRow_; }
     ChipButton& previewButton() const { return *preview_; }
+
+    /// Everything that takes the focus, in reading order.
+    std::vector<QWidget*> controls() const;
 
 private:
     void layOut();

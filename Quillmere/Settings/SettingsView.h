@@ -5,6 +5,8 @@
 
 #include <QWidget>
 
+#include <vector>
+
 class QStackedLayout;
 
 namespace quillmere {
@@ -27,10 +29,14 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    /// Moves the focus in reading order. Qt's own order is that of creation,
+    /// and keeping that in step costs a walk through it for each new control.
+    bool focusNextPrevChild(bool next) override;
 
 private:
     ChipButton* makeTabChip(const QString& title, SettingsTab tab);
     void refresh();
+    std::vector<QWidget*> controls() const;
 
     AppSettings& settings_;
     ChipButton* layoutsChip_;

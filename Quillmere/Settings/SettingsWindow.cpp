@@ -69,6 +69,7 @@ void SettingsWindow::makeWindow() {
     window_->resize(view_->minimumSize());
     centre(*window_);
     // else the first control would take the focus, without showing it
+    window_->setFocusProxy(view_);
     view_->setFocus();
 }
 
