@@ -73,7 +73,10 @@ void AppDelegate::showSwitch(const CycleGroup& group, const std::string& selecte
                            [this](const std::string& id) { return model_.name(id); });
     const auto selected = std::ranges::find(group.sourceIDs, selectedID);
     const auto index = selected != group.sourceIDs.end() ? selected - group.sourceIDs.begin() : 0;
-    hud_.show(names, static_cast<int>(index), plate);
+    // In the event loop's next turn: drawing takes a millisecond or two, and
+    // until this callback has returned the keyboard waits for the verdict.
+    plateWork_ = platform_.mainQueue->after(0, [this, names = std::move(names), index = static_cast<int>(index),
+                                                plate] { hud_.show(names, index, plate); });
 }
 
 }  // namespace quillmere

@@ -49,6 +49,7 @@ private:
     ConfigModel model_;
     std::unique_ptr<KeyInterceptor> interceptor_;
     SwitchHUD hud_;
+    MainQueue::JobHandle plateWork_;
     std::unique_ptr<StatusItem> statusItem_;
     MainQueue::JobHandle retryTimer_;
     std::unique_ptr<PermissionGate> permissionGate_;

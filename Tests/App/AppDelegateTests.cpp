@@ -8,6 +8,8 @@
 #include <QAction>
 #include <QMenu>
 
+#include <utility>
+
 namespace quillmere {
 namespace {
 
@@ -33,11 +35,15 @@ protected:
         const std::uint64_t flags = shortcut == commandK ? KeyEventFlags::command : 0;
         const InterceptDecision decision = system.tap.callback({KeyEventType::keyDown, shortcut.keyCode, 0, flags, 0});
         system.tap.callback({KeyEventType::keyUp, shortcut.keyCode, 0, flags, 0});
+        EXPECT_FALSE(std::exchange(isFirstPress, false) && system.panel.isVisible())
+            << "the keyboard must not wait for the plate";
+        system.queue.advance(0);
         return decision;
     }
 
     FakePlatform system;
     std::unique_ptr<AppDelegate> delegate;
+    bool isFirstPress = true;  ///< which finds no plate on the screen
 };
 
 TEST_F(AppDelegateTest, WithPermissionTheTapIsInstalledOnceAndNothingPolls) {
