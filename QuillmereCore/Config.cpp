@@ -68,24 +68,12 @@ bj::value encode(const CycleGroup& group) {
     return json;
 }
 
-std::optional<std::vector<std::string>> decodeStrings(const bj::value* json) {
-    const bj::array* array = json ? json->if_array() : nullptr;
-    if (!array) return std::nullopt;
-    std::vector<std::string> strings;
-    strings.reserve(array->size());
-    for (const bj::value& element : *array) {
-        std::optional<std::string> string = json::string(element);
-        if (!string) return std::nullopt;
-        strings.push_back(*std::move(string));
-    }
-    return strings;
-}
-
 std::optional<CycleGroup> decodeGroup(const bj::value& json) {
     const bj::value* id = json::member(json, "id");
     const std::optional<std::string> idText = id ? json::string(*id) : std::nullopt;
     const std::optional<UUID> uuid = idText ? parseUUID(*idText) : std::nullopt;
-    std::optional<std::vector<std::string>> sources = decodeStrings(json::member(json, "sourceIDs"));
+    const bj::value* sourceIDs = json::member(json, "sourceIDs");
+    std::optional<std::vector<std::string>> sources = sourceIDs ? json::strings(*sourceIDs) : std::nullopt;
     if (!uuid || !sources) return std::nullopt;
     CycleGroup group{*uuid, std::nullopt, *std::move(sources)};
     const bj::value* shortcut = json::member(json, "shortcut");

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <exception>
+#include <utility>
 
 namespace quillmere::json {
 
@@ -164,6 +165,19 @@ std::optional<std::string> string(const bj::value& json) {
     const bj::string* text = json.if_string();
     if (!text) return std::nullopt;
     return std::string(text->data(), text->size());
+}
+
+std::optional<std::vector<std::string>> strings(const bj::value& json) {
+    const bj::array* array = json.if_array();
+    if (!array) return std::nullopt;
+    std::vector<std::string> result;
+    result.reserve(array->size());
+    for (const bj::value& element : *array) {
+        std::optional<std::string> text = string(element);
+        if (!text) return std::nullopt;
+        result.push_back(*std::move(text));
+    }
+    return result;
 }
 
 }  // namespace quillmere::json

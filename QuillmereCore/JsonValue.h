@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quillmere::json {
 
@@ -31,5 +32,8 @@ std::optional<std::int64_t> integer(const boost::json::value& json);
 
 /// A JSON string; no value for any other type.
 std::optional<std::string> string(const boost::json::value& json);
+
+/// A JSON array of nothing but strings, in its order; no value for anything else.
+std::optional<std::vector<std::string>> strings(const boost::json::value& json);
 
 }  // namespace quillmere::json
