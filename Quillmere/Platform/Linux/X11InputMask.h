@@ -1,0 +1,38 @@
+#pragma once
+
+#include <X11/extensions/XInput2.h>
+
+#include <array>
+#include <initializer_list>
+
+namespace quillmere {
+
+/// The XInput events that are asked for of a device. A value that owns the
+/// bits an XIEventMask points to.
+class X11InputMask {
+public:
+    X11InputMask(int device, std::initializer_list<int> eventTypes) {
+        for (const int type : eventTypes)
+            XISetMask(bits_.data(), type);
+        mask_.deviceid = device;
+        mask_.mask_len = static_cast<int>(bits_.size());
+    }
+
+    /// What a grab of the keyboard delivers. The raw events are among them
+    /// because while our grab is active they come through it only.
+    static X11InputMask keysOfGrab(int device) {
+        return {device, {XI_KeyPress, XI_KeyRelease, XI_RawKeyPress, XI_RawKeyRelease}};
+    }
+
+    /// Valid as long as this stays where it is.
+    XIEventMask* get() {
+        mask_.mask = bits_.data();
+        return &mask_;
+    }
+
+private:
+    std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits_{};
+    XIEventMask mask_{};
+};
+
+}  // namespace quillmere

@@ -1,0 +1,348 @@
+#include "Quillmere/Platform/Linux/X11KeyFilter.h"
+
+#include "Quillmere/Platform/Linux/X11InputMask.h"
+
+#include <X11/XKBlib.h>
+#include <X11/Xlib.h>
+#include <X11/extensions/XInput2.h>
+
+#include <algorithm>
+#include <array>
+
+namespace quillmere {
+
+namespace {
+
+// Changing a keyboard's map makes a burst of notifications.
+constexpr std::chrono::milliseconds keymapSettles{30};
+
+// How often to look whether another client has given the keyboard back.
+constexpr std::chrono::milliseconds recordingRetryInterval{100};
+
+constexpr unsigned long xkbMapChanges = XkbKeySymsMask | XkbModifierMapMask | XkbVirtualModsMask | XkbVirtualModMapMask;
+
+}  // namespace
+
+X11KeyFilter::X11KeyFilter(X11Connection& connection, VerdictExchange& exchange)
+    : connection_(connection), exchange_(exchange), grabs_(connection), recording_(connection), filler_(connection) {}
+
+void X11KeyFilter::setInterest(const KeyInterest& interest) {
+    matcher_.setInterest(interest);
+    applyInterest();
+}
+
+void X11KeyFilter::applyInterest() {
+    updateListening();
+    // A tap that was under way is none any more, and the next one finds a
+    // callback that knows Fn to be up.
+    if (!matcher_.wantsFn() && isFnTold_) {
+        isFnDown_ = false;
+        tellOtherKey(lastTime_);
+        tellFlags(lastTime_);
+    }
+    grabs_.set(matcher_.combinations());
+    updateRecording();
+    XFlush(connection_.display());
+}
+
+void X11KeyFilter::letGo() {
+    setInterest({});
+    listen(false);
+    pending_.clear();
+    recording_.release();
+    grabbingKey_ = 0;
+    connection_.synchronize();
+    processEvents();
+}
+
+/// A press that the callback knows of keeps the feed alive until its release.
+void X11KeyFilter::updateListening() {
+    listen(matcher_.wantsAnything() || told_.any());
+}
+
+void X11KeyFilter::listen(bool on) {
+    if (on == isListening_) return;
+    isListening_ = on;
+    // Without an interest the process must not even wake while the user types.
+    X11InputMask raw = on ? X11InputMask(XIAllMasterDevices, {XI_RawKeyPress, XI_RawKeyRelease})
+                          : X11InputMask(XIAllMasterDevices, {});
+    XISelectEvents(connection_.display(), connection_.root(), raw.get(), 1);
+    Display* display = connection_.display();
+    const auto select = [&](unsigned int type, unsigned long details) {
+        XkbSelectEventDetails(display, XkbUseCoreKbd, type, details, on ? details : 0);
+    };
+    select(XkbStateNotify, XkbModifierStateMask);
+    select(XkbMapNotify, xkbMapChanges);
+    select(XkbNewKeyboardNotify, XkbAllNewKeyboardEventsMask);
+    if (on) readKeyboard();
+}
+
+/// Catches up with what went unseen while nothing was listened to.
+void X11KeyFilter::readKeyboard() {
+    matcher_.setKeymap(X11Keymap::read(connection_.display()));
+    XkbStateRec state{};
+    if (XkbGetState(connection_.display(), XkbUseCoreKbd, &state) == Success) modifiers_ = state.mods;
+    std::array<char, 32> keys{};
+    XQueryKeymap(connection_.display(), keys.data());
+    for (unsigned int code = 0; code < down_.size(); ++code)
+        down_[code] = ((static_cast<unsigned char>(keys[code / 8]) >> (code % 8)) & 1U) != 0;
+    isFnDown_ = false;
+    swallowed_ &= down_;
+    for (unsigned int code = 0; code < told_.size(); ++code)
+        if (!down_[code]) tellRelease(code, lastTime_);
+}
+
+void X11KeyFilter::refreshKeymap() {
+    const X11Keymap keymap = X11Keymap::read(connection_.display());
+    // Other clients change the map in ways that do not matter here, and taking
+    // the grabs anew would leave a gap.
+    if (keymap != matcher_.keymap()) matcher_.setKeymap(keymap);
+    grabs_.set(matcher_.combinations());
+}
+
+void X11KeyFilter::updateRecording() {
+    recordingRetry_.reset();
+    const bool isWanted = matcher_.interest().everyKey && exchange_.isEnabled();
+    if (isWanted && !recording_.isHeld()) {
+        if (recording_.take()) {
+            grabbingKey_ = 0;
+        } else {
+            recordingRetry_ = std::chrono::steady_clock::now() + recordingRetryInterval;
+        }
+    }
+    // Earlier, clients would see releases of keys whose press they have not seen.
+    if (!isWanted && recording_.isHeld() && recording_.areAllKeysUp()) recording_.release();
+}
+
+void X11KeyFilter::resynchronize() {
+    if (!exchange_.isEnabled()) return;
+    if (isFnTold_ != isFnDown_) {
+        // Whatever Fn did meanwhile is no tap.
+        tellOtherKey(lastTime_);
+        tellFlags(lastTime_);
+        tellOtherKey(lastTime_);
+    }
+    updateRecording();
+}
+
+void X11KeyFilter::processEvents() {
+    while (!connection_.isLost() && XPending(connection_.display()) > 0) {
+        XEvent event;
+        XNextEvent(connection_.display(), &event);
+        dispatch(event);
+        if (staleEvents_ > 0) --staleEvents_;
+    }
+}
+
+std::optional<X11KeyFilter::TimePoint> X11KeyFilter::deadline() const {
+    std::optional<TimePoint> first;
+    for (const auto& each : {pending_.deadline(), keymapRefresh_, recordingRetry_})
+        if (each && (!first || *each < *first)) first = each;
+    return first;
+}
+
+void X11KeyFilter::processDeadlines() {
+    const TimePoint now = std::chrono::steady_clock::now();
+    if (keymapRefresh_ && *keymapRefresh_ <= now) {
+        keymapRefresh_.reset();
+        refreshKeymap();
+    }
+    if (recordingRetry_ && *recordingRetry_ <= now) updateRecording();
+    if (const auto due = pending_.deadline(); due && *due <= now) {
+        // The clock alone proves nothing on a busy machine; after this, what
+        // is not here has not been sent.
+        connection_.synchronize();
+        processEvents();
+        while (const auto press = pending_.takeMissing(now))
+            switchWithoutGrab(*press);
+    }
+}
+
+void X11KeyFilter::dispatch(XEvent& event) {
+    if (event.type == connection_.xkbEventBase()) {
+        dispatchXkb(event);
+    } else if (event.type == MappingNotify) {
+        XRefreshKeyboardMapping(&event.xmapping);
+    } else if (event.type == GenericEvent && event.xcookie.extension == connection_.xinputOpcode()
+               && XGetEventData(connection_.display(), &event.xcookie) != 0) {
+        dispatchRaw(event.xcookie.evtype, event.xcookie.data);
+        dispatchGrabbed(event.xcookie.evtype, event.xcookie.data);
+        XFreeEventData(connection_.display(), &event.xcookie);
+    }
+}
+
+void X11KeyFilter::dispatchXkb(const XEvent& event) {
+    const auto& xkb = reinterpret_cast<const XkbEvent&>(event);
+    lastTime_ = xkb.any.time;
+    if (xkb.any.xkb_type == XkbStateNotify) {
+        modifiersChanged(xkb.state.mods, xkb.any.time);
+    } else if (!keymapRefresh_) {
+        keymapRefresh_ = std::chrono::steady_clock::now() + keymapSettles;
+    }
+}
+
+void X11KeyFilter::dispatchRaw(int type, const void* data) {
+    if (type != XI_RawKeyPress && type != XI_RawKeyRelease) return;
+    const auto& raw = *static_cast<const XIRawEvent*>(data);
+    lastTime_ = raw.time;
+    const auto keyCode = static_cast<unsigned int>(raw.detail);
+    // XInput 2 has room for more keys than a core keyboard has.
+    if (raw.deviceid != connection_.masterKeyboard() || keyCode >= down_.size()) return;
+    type == XI_RawKeyPress ? rawPress(keyCode, raw.time) : rawRelease(keyCode, raw.time);
+}
+
+void X11KeyFilter::dispatchGrabbed(int type, const void* data) {
+    if (type != XI_KeyPress && type != XI_KeyRelease) return;
+    const auto& event = *static_cast<const XIDeviceEvent*>(data);
+    lastTime_ = event.time;
+    const GrabbedKey key{.keyCode = static_cast<unsigned int>(event.detail),
+                         .modifiers = static_cast<unsigned int>(event.mods.effective),
+                         .time = event.time,
+                         .device = event.sourceid,
+                         .isRepeat = (event.flags & XIKeyRepeat) != 0};
+    if (key.keyCode >= down_.size()) return replayToClient();
+    type == XI_KeyPress ? grabbedPress(key) : grabbedRelease(key);
+}
+
+void X11KeyFilter::rawPress(unsigned int keyCode, unsigned long time) {
+    down_.set(keyCode);
+    if (X11KeyMatcher::isFn(keyCode)) {
+        isFnDown_ = true;
+        if (matcher_.wantsFn()) tellFlags(time);
+        return;
+    }
+    if (keyCode == matcher_.keymap().unusedKeyCode()) return;
+    if (isFnTold_ && !matcher_.isFlagKey(keyCode)) tellOtherKey(time);
+    // Where a grab of ours has the keyboard, or had it when this was told, the
+    // modifiers of this press are not known yet and the grabs miss nothing.
+    if (isHoldingKeyboard() || staleEvents_ > 0 || !matcher_.wantsPress(keyCode, modifiers_)) return;
+    pending_.add({.keyCode = keyCode, .time = time, .modifiers = modifiers_});
+}
+
+void X11KeyFilter::rawRelease(unsigned int keyCode, unsigned long time) {
+    down_.reset(keyCode);
+    if (X11KeyMatcher::isFn(keyCode)) {
+        isFnDown_ = false;
+        if (isFnTold_) tellFlags(time);
+    }
+    tellRelease(keyCode, time);
+    if (!isHoldingKeyboard()) swallowed_.reset(keyCode);
+}
+
+void X11KeyFilter::modifiersChanged(unsigned int modifiers, unsigned long time) {
+    modifiers_ = modifiers;
+    if (isFnTold_) tellFlags(time);
+}
+
+void X11KeyFilter::grabbedPress(const GrabbedKey& key) {
+    if (!isHoldingKeyboard()) grabbingKey_ = key.keyCode;
+    if (key.isRepeat) return grabbedRepeat(key);
+    const bool hasSwitched = pending_.arrive(key.keyCode, key.time);
+    if (matcher_.isFlagKey(key.keyCode)) return keepForUs();
+    // Of a fast typist's next letter, pressed before the shortcut is released,
+    // nothing must be lost. Replaying it ends our grab, so the shortcut's
+    // release will reach the client, which ignores it.
+    if (!matcher_.wantsPress(key.keyCode, key.modifiers)) return replayToClient();
+    const bool isSwallowed = hasSwitched || decide(key) == InterceptDecision::swallow;
+    swallowed_[key.keyCode] = isSwallowed;
+    isSwallowed ? keepForUs() : replayToClient();
+}
+
+/// A repeat follows its press: a client that has seen the one sees all others,
+/// or it would never see the release.
+void X11KeyFilter::grabbedRepeat(const GrabbedKey& key) {
+    if (swallowed_[key.keyCode] && matcher_.wantsPress(key.keyCode, key.modifiers)) {
+        KeyEventFields event = fields(KeyEventType::keyDown, key.modifiers, key.time);
+        event.keyCode = X11KeyMatcher::virtualKey(key.keyCode);
+        event.autorepeat = 1;
+        exchange_.tell(event);
+    }
+    // Recording keeps the repeats of whatever was down when it began.
+    swallowed_[key.keyCode] || recording_.isHeld() ? keepForUs() : replayToClient();
+}
+
+InterceptDecision X11KeyFilter::decide(const GrabbedKey& key) {
+    KeyEventFields event = fields(KeyEventType::keyDown, key.modifiers, key.time);
+    event.keyCode = X11KeyMatcher::virtualKey(key.keyCode);
+    told_.set(key.keyCode);
+    const InterceptDecision decision = exchange_.ask(event);
+    // The raw feed may have run ahead of the keyboard that stood still.
+    if (!down_[key.keyCode]) tellRelease(key.keyCode, key.time);
+    return decision;
+}
+
+void X11KeyFilter::grabbedRelease(const GrabbedKey& key) {
+    tellRelease(key.keyCode, key.time);
+    const bool isSwallowed = swallowed_[key.keyCode];
+    swallowed_.reset(key.keyCode);
+    if (key.keyCode == grabbingKey_) {
+        // The server ends this grab by itself. Allowing anything now could let
+        // the next press go that stands still already.
+        grabbingKey_ = 0;
+        if (matcher_.keymap().hasOptionOrCommand(key.modifiers))
+            filler_.tap(matcher_.keymap().unusedKeyCode(), key.device);
+        return;
+    }
+    // Modifiers are no client's business while our grab holds: their release
+    // would end it, and a key that is still down would repeat into the client.
+    const bool isOurs = isSwallowed || matcher_.isFlagKey(key.keyCode);
+    // Everything else has been pressed before the grab began, and the client
+    // must see it end.
+    isOurs ? keepForUs() : replayToClient();
+    if (recording_.isHeld() && !matcher_.interest().everyKey) updateRecording();
+}
+
+/// Another client has the keyboard, or this combination: the press is seen and
+/// cannot be swallowed.
+void X11KeyFilter::switchWithoutGrab(const X11PendingPresses::Press& press) {
+    KeyEventFields event = fields(KeyEventType::keyDown, press.modifiers, press.time);
+    event.keyCode = X11KeyMatcher::virtualKey(press.keyCode);
+    if (!exchange_.tell(event)) return;
+    told_.set(press.keyCode);
+    if (!down_[press.keyCode]) tellRelease(press.keyCode, press.time);
+    if (grabs_.areSomeMissing()) grabs_.retry();
+}
+
+/// No client sees this event, and the keyboard goes on to the next one that is
+/// for us.
+void X11KeyFilter::keepForUs() {
+    XIAllowEvents(connection_.display(), connection_.masterKeyboard(), XISyncDevice, CurrentTime);
+    XFlush(connection_.display());
+}
+
+/// The client sees this event as if there were no grab; the grab ends with it.
+void X11KeyFilter::replayToClient() {
+    XIAllowEvents(connection_.display(), connection_.masterKeyboard(), XIReplayDevice, CurrentTime);
+    grabbingKey_ = 0;
+    recording_.forget();
+    // What comes after this is new; what is in the queue by then was told
+    // while the keyboard stood still, without its modifiers.
+    connection_.synchronize();
+    staleEvents_ = XEventsQueued(connection_.display(), QueuedAlready) + 1;
+    updateRecording();
+}
+
+void X11KeyFilter::tellRelease(unsigned int keyCode, unsigned long time) {
+    if (!told_[keyCode]) return;
+    told_.reset(keyCode);
+    KeyEventFields event = fields(KeyEventType::keyUp, modifiers_, time);
+    event.keyCode = X11KeyMatcher::virtualKey(keyCode);
+    exchange_.tell(event);
+    updateListening();
+}
+
+void X11KeyFilter::tellFlags(unsigned long time) {
+    KeyEventFields event = fields(KeyEventType::flagsChanged, modifiers_, time);
+    if (isFnDown_) event.flags |= KeyEventFlags::secondaryFn;
+    if (exchange_.tell(event)) isFnTold_ = isFnDown_;
+}
+
+void X11KeyFilter::tellOtherKey(unsigned long time) {
+    exchange_.tell(fields(KeyEventType::systemDefined, modifiers_, time));
+}
+
+KeyEventFields X11KeyFilter::fields(std::uint32_t type, unsigned int modifiers, unsigned long time) {
+    return {.type = type, .flags = matcher_.keymap().flags(modifiers), .timestamp = clock_.nanoseconds(time)};
+}
+
+}  // namespace quillmere

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillmere {
+
+/// One layout of the keyboard as its server names it: "us", or "us" with the
+/// variant "dvorak".
+struct XkbLayout {
+    std::string layout;
+    std::string variant;  ///< empty for the layout itself
+
+    /// "xkb:us", "xkb:us+dvorak": the same for this layout on every desktop.
+    std::string id() const;
+
+    friend auto operator<=>(const XkbLayout&, const XkbLayout&) = default;
+};
+
+/// What the system's list of layouts says of one.
+struct XkbLayoutDescription {
+    std::string name;                    ///< UTF-8
+    std::vector<std::string> languages;  ///< ISO 639 codes of three letters, the main one first
+};
+
+/// Names and languages of layouts, from the system's list (libxkbregistry).
+/// Reading the list takes about 5 ms and a further 3 ms for its rare part, so
+/// it is read when a layout is asked for the first time, the rare part only
+/// for a layout that is not in the main one, and only what was asked for is
+/// kept. One thread.
+class XkbLayoutRegistry {
+public:
+    /// Describes each layout; absent for a layout that the list does not have.
+    /// `rules` is the name of the list ("evdev"; empty for the default).
+    std::vector<std::optional<XkbLayoutDescription>> describe(const std::string& rules,
+                                                              const std::vector<XkbLayout>& layouts);
+
+private:
+    enum class Part { main, withRare };
+
+    void read(const std::string& rules, const std::vector<XkbLayout>& layouts, Part part);
+    bool areAllKnown(const std::vector<XkbLayout>& layouts) const;
+
+    std::string rules_;
+    std::map<XkbLayout, std::optional<XkbLayoutDescription>> known_;
+};
+
+}  // namespace quillmere
