@@ -1,0 +1,47 @@
+#include "Quillmere/Platform/Linux/DesktopLoginItem.h"
+#include "Quillmere/Platform/Linux/DesktopWorkspace.h"
+#include "Quillmere/Platform/Linux/InfoBundle.h"
+#include "Quillmere/Platform/Linux/PortalAppearance.h"
+#include "Quillmere/Platform/Linux/QtMainQueue.h"
+#include "Quillmere/Platform/Linux/SqliteDefaults.h"
+#include "Quillmere/Platform/Linux/StatusNotifierHost.h"
+#include "Quillmere/Platform/Linux/X11EventTap.h"
+#include "Quillmere/Platform/Linux/X11PlatePanel.h"
+#include "Quillmere/Platform/Linux/XkbInputSources.h"
+#include "Quillmere/Platform/Platform.h"
+
+namespace quillmere {
+
+namespace {
+
+/// A desktop whose layouts the program cannot reach.
+class NoInputSources : public InputSourceService {
+public:
+    std::vector<InputSourceRecord> sources() override { return {}; }
+    std::optional<std::string> currentID() override { return std::nullopt; }
+    int select(const InputSourceRecord&) override { return 1; }
+};
+
+std::unique_ptr<InputSourceService> makeInputSources() {
+    if (std::unique_ptr<InputSourceService> xkb = XkbInputSources::create()) return xkb;
+    return std::make_unique<NoInputSources>();
+}
+
+}  // namespace
+
+Platform makePlatform() {
+    return {
+        .mainQueue = std::make_unique<QtMainQueue>(),
+        .userDefaults = std::make_unique<SqliteDefaults>(SqliteDefaults::standardFile()),
+        .inputSources = makeInputSources(),
+        .eventTap = std::make_unique<X11EventTap>(),
+        .platePanel = std::make_unique<X11PlatePanel>(),
+        .appearance = std::make_unique<PortalAppearance>(),
+        .trayHost = std::make_unique<StatusNotifierHost>(),
+        .loginItem = std::make_unique<DesktopLoginItem>(),
+        .bundle = std::make_unique<InfoBundle>(),
+        .workspace = std::make_unique<DesktopWorkspace>(),
+    };
+}
+
+}  // namespace quillmere
