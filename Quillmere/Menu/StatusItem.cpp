@@ -4,7 +4,9 @@
 
 #include <QAction>
 #include <QCursor>
+#include <QGuiApplication>
 #include <QKeySequence>
+#include <QScreen>
 #include <QSystemTrayIcon>
 
 #include <utility>
@@ -16,6 +18,13 @@ namespace {
 // The trays of dark desktops are dark, those of light ones light.
 QColor iconColor(bool isDark) {
     return isDark ? QColor(255, 255, 255) : QColor(0, 0, 0);
+}
+
+// Never over the icon: the click's release would then choose an entry.
+QPoint besideIcon(const QRect& icon, const QSize& menu) {
+    const QScreen* screen = QGuiApplication::screenAt(icon.center());
+    const bool isLow = screen && icon.center().y() > screen->geometry().center().y();
+    return isLow ? icon.topLeft() - QPoint(0, menu.height()) : icon.bottomLeft() + QPoint(0, 1);
 }
 
 }  // namespace
@@ -71,7 +80,8 @@ void StatusItem::showInTray() {
 
 void StatusItem::openMenu() const {
     const QRect place = icon_->geometry();
-    menu_->popup(place.isValid() ? place.bottomLeft() : QCursor::pos());
+    // Where the tray keeps the icon's place to itself, the click tells it.
+    menu_->popup(place.isValid() ? besideIcon(place, menu_->sizeHint()) : QCursor::pos());
 }
 
 void StatusItem::updateIcon() {

@@ -5,10 +5,10 @@
 
 #include <QAccessible>
 #include <QApplication>
-#include <QPainterPath>
 #include <QRegion>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace quillmere {
@@ -60,10 +60,21 @@ void centre(QWidget& label, const QWidget& row) {
     label.move((row.width() - label.width()) / 2, (row.height() - label.height()) / 2);
 }
 
+/// The points whose middle lies within the plate's rounded outline. A region
+/// made from the outline's path rounds its corner points and dents the curve.
 QRegion roundedRegion(const QRect& rect) {
-    QPainterPath path;
-    path.addRoundedRect(rect, plateRadius, plateRadius);
-    return QRegion(path.toFillPolygon().toPolygon());
+    const double radius = std::min(plateRadius, rect.height() / 2.0);
+    const auto insetAt = [&](int y) {
+        const double fromEdge = std::min(y, rect.height() - 1 - y) + 0.5;
+        const double rise = std::max(radius - fromEdge, 0.0);
+        return static_cast<int>(std::lround(radius - std::sqrt(radius * radius - rise * rise)));
+    };
+    QRegion region;
+    for (int y = 0; y < rect.height(); ++y) {
+        const int inset = insetAt(y);
+        region += QRect(rect.x() + inset, rect.y() + y, rect.width() - 2 * inset, 1);
+    }
+    return region;
 }
 
 }  // namespace

@@ -4,8 +4,10 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <utility>
 
 namespace quillmere {
@@ -23,20 +25,32 @@ std::unique_ptr<QWidget> makeWindow() {
                                                | Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus);
     window->setAttribute(Qt::WA_TranslucentBackground);
     window->setAttribute(Qt::WA_ShowWithoutActivating);
-    // Compositors' own rules draw tool tips translucent and fade them in.
-    window->setAttribute(Qt::WA_X11NetWmWindowTypeNotification);
     window->setObjectName("plate");
     window->setWindowTitle("Quillmere plate");
     window->resize(200, 60);
     // The first switch should not pay for making the native window.
     window->winId();
+    // Compositors' own rules draw tool tips translucent and fade them in. Qt
+    // ignores the type of a window that is not there yet.
+    window->setAttribute(Qt::WA_X11NetWmWindowTypeNotification);
     return window;
+}
+
+// Compositors draw a square shadow behind the rounded plate, except behind a
+// window that says it brings its own.
+void refuseShadow(const QtX11& x11, xcb_window_t window) {
+    constexpr std::array<std::uint32_t, 4> extents{};
+    xcb_change_property(x11.connection(), XCB_PROP_MODE_REPLACE, window, x11.atom("_GTK_FRAME_EXTENTS"),
+                        XCB_ATOM_CARDINAL, 32, extents.size(), extents.data());
 }
 
 }  // namespace
 
 X11PlatePanel::X11PlatePanel() : x11_(QtX11::current()), window_(makeWindow()) {
-    if (x11_) compositorSelection_ = x11_->screenSelection("_NET_WM_CM_S");
+    if (x11_) {
+        compositorSelection_ = x11_->screenSelection("_NET_WM_CM_S");
+        refuseShadow(*x11_, static_cast<xcb_window_t>(window_->winId()));
+    }
     fadeStep_.setTimerType(Qt::PreciseTimer);
     fadeStep_.setInterval(fadeStepTime);
     QObject::connect(&fadeStep_, &QTimer::timeout, window_.get(), [this] { stepFade(); });
@@ -75,7 +89,7 @@ void X11PlatePanel::fade(double alpha, double seconds, std::function<void()> com
     const int number = ++fadeNumber_;
     fade_ = Fade{.from = alpha_, .to = alpha, .seconds = seconds, .clock = {}};
     fade_->clock.start();
-    if (isTranslucent()) fadeStep_.start();
+    if (canFade()) fadeStep_.start();
     const auto duration = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
     QTimer::singleShot(duration, Qt::PreciseTimer, window_.get(),
                        [this, number, completion = std::move(completion)] { endFade(number, completion); });
@@ -96,6 +110,8 @@ bool X11PlatePanel::isTranslucent() const {
     return !x11_ || x11_->isOwned(compositorSelection_);
 }
 
+bool X11PlatePanel::canFade() const { return x11_ && isTranslucent(); }
+
 void X11PlatePanel::stepFade() {
     const double passed = static_cast<double>(fade_->clock.nsecsElapsed()) / 1e9;
     const double done = std::min(passed / fade_->seconds, 1.0);
@@ -109,9 +125,11 @@ void X11PlatePanel::endFade(int number, const std::function<void()>& completion)
 
 void X11PlatePanel::applyAlpha(double alpha) {
     alpha_ = alpha;
+    // No other display server lets a client fade its window.
+    if (!x11_) return;
     window_->setWindowOpacity(alpha);
     // Qt does not flush this property, so a step would wait for the next event.
-    if (x11_) xcb_flush(x11_->connection());
+    xcb_flush(x11_->connection());
 }
 
 }  // namespace quillmere

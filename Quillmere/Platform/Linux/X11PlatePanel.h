@@ -26,7 +26,8 @@ public:
     QRectF visibleFrame() const override;
     void setAlpha(double alpha) override;
     double alpha() const override { return alpha_; }
-    /// Without a compositor the opacity stays as it is until the fade's end.
+    /// Without a compositor, and on other displays than X11, nothing is seen
+    /// of it until its end.
     void fade(double alpha, double seconds, std::function<void()> completion) override;
     void orderFront() override;
     void orderOut() override;
@@ -40,6 +41,7 @@ private:
         QElapsedTimer clock;
     };
 
+    bool canFade() const;
     void stepFade();
     void endFade(int number, const std::function<void()>& completion);
     void applyAlpha(double alpha);
