@@ -110,7 +110,9 @@ bool X11PlatePanel::isTranslucent() const {
     return !x11_ || x11_->isOwned(compositorSelection_);
 }
 
-bool X11PlatePanel::canFade() const { return x11_ && isTranslucent(); }
+bool X11PlatePanel::canFade() const {
+    return x11_ && isTranslucent();
+}
 
 void X11PlatePanel::stepFade() {
     const double passed = static_cast<double>(fade_->clock.nsecsElapsed()) / 1e9;
