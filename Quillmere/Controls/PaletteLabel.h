@@ -13,6 +13,7 @@ public:
     explicit PaletteLabel(const QString& text, TextStyle style = TextStyle::body,
                           const DynamicColor& color = labelColor(), QWidget* parent = nullptr);
 
+    const DynamicColor& color() const { return color_; }
     void setColor(const DynamicColor& color);
 
     /// One line that may be squeezed: it then ends in an ellipsis and tells the

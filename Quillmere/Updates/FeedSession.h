@@ -40,7 +40,7 @@ public:
     };
 
     /// Takes the answer, on the network's thread. The job that it returns runs
-    /// on the main thread.
+    /// on the main thread. Copies of both may be destroyed on either.
     using Handler = std::function<std::function<void()>(const FeedAnswer&)>;
 
     explicit FeedSession(const Limits& limits);
