@@ -36,6 +36,7 @@ constexpr int switchSamples = 1000;
 constexpr int typingSamples = 1000;
 constexpr int plateSamples = 20;
 constexpr int startSamples = 15;
+constexpr auto settling = std::chrono::seconds(3);
 constexpr auto restObserved = std::chrono::seconds(60);
 // Mod4Mask (X.h), where the pc105 model has the Super key.
 constexpr unsigned int superModifier = 1U << 6;
@@ -224,28 +225,46 @@ long wakeUps(pid_t process) {
     return count;
 }
 
+struct Rest {
+    double memory;  // MiB
+    long wakeUps;   // in `restObserved`
+};
+
+Rest observeRest(pid_t process) {
+    support::holdsFor([] { return true; }, settling);
+    const double memory = proportionalSetSize(process) / 1024;
+    const long before = wakeUps(process);
+    std::this_thread::sleep_for(restObserved);
+    return {memory, wakeUps(process) - before};
+}
+
+Rest programAtRest(const Programs& programs, Desktop& desktop) {
+    Program program(programs.quillmere, desktop);
+    if (!program.waitForGrab(keys::space, superModifier) || !program.waitForTrayItem()) {
+        throw std::runtime_error("the program does not start");
+    }
+    return observeRest(program.process().pid());
+}
+
+Rest minimalProgramAtRest(const Programs& programs, Desktop& desktop) {
+    support::StartupPipe ready;
+    ChildProcess program({.arguments = {programs.minimalTray.string(), std::to_string(ready.writeEnd())},
+                          .environment = desktop.environment(),
+                          .inheritedDescriptors = {ready.writeEnd()}});
+    if (ready.readLine().empty()) throw std::runtime_error("the minimal program does not start");
+    return observeRest(program.pid());
+}
+
+// One after the other: side by side they would share Qt's pages, which hides
+// what the first of them costs.
 void measureRest(const Programs& programs) {
     Desktop desktop({.layouts = "us,ua"});
     storeConfiguration(desktop);
-    Program program(programs.quillmere, desktop);
-    support::StartupPipe ready;
-    ChildProcess minimal({.arguments = {programs.minimalTray.string(), std::to_string(ready.writeEnd())},
-                          .environment = desktop.environment(),
-                          .inheritedDescriptors = {ready.writeEnd()}});
-    if (!program.waitForGrab(keys::space, superModifier) || !program.waitForTrayItem() || ready.readLine().empty()) {
-        throw std::runtime_error("the programs do not start");
-    }
-    support::holdsFor([] { return true; }, std::chrono::seconds(3));
-    const pid_t process = program.process().pid();
-    const double ours = proportionalSetSize(process) / 1024;
-    const double theirs = proportionalSetSize(minimal.pid()) / 1024;
-    row("memory at rest (PSS), against the same", text(ours, "MiB", 1), text(theirs, "MiB", 1), ratioText(ours, theirs),
-        "≤ 1.25 ×");
-    const long before = wakeUps(process);
-    const long minimalBefore = wakeUps(minimal.pid());
-    std::this_thread::sleep_for(restObserved);
-    row("wake-ups in a minute at rest", std::to_string(wakeUps(process) - before),
-        std::to_string(wakeUps(minimal.pid()) - minimalBefore), "", "0");
+    const Rest ours = programAtRest(programs, desktop);
+    const Rest theirs = minimalProgramAtRest(programs, desktop);
+    row("memory at rest (PSS), against the same", text(ours.memory, "MiB", 1), text(theirs.memory, "MiB", 1),
+        ratioText(ours.memory, theirs.memory), "≤ 1.25 ×");
+    row("wake-ups in a minute at rest", std::to_string(ours.wakeUps), std::to_string(theirs.wakeUps), "–", "0");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/XkbLayoutRegistry.h"
 
+#include <malloc.h>
 #include <xkbcommon/xkbregistry.h>
 
 #include <algorithm>
@@ -35,8 +36,13 @@ std::vector<std::optional<XkbLayoutDescription>> XkbLayoutRegistry::describe(con
                                                                              const std::vector<XkbLayout>& layouts) {
     if (rules != rules_) known_.clear();
     rules_ = rules;
-    if (!areAllKnown(layouts)) read(rules, layouts, Part::main);
-    if (!areAllKnown(layouts)) read(rules, layouts, Part::withRare);
+    if (!areAllKnown(layouts)) {
+        read(rules, layouts, Part::main);
+        if (!areAllKnown(layouts)) read(rules, layouts, Part::withRare);
+        // The registry is a document of some megabytes, read for a few names;
+        // the allocator would keep them for the life of the process.
+        malloc_trim(0);
+    }
     std::vector<std::optional<XkbLayoutDescription>> result;
     result.reserve(layouts.size());
     for (const XkbLayout& layout : layouts)
