@@ -18,6 +18,10 @@ public:
         : TextButton(title, {.verticalPadding = 3, .radius = cornerRadius - inset}, parent) {
         setCheckable(true);
         setAutoExclusive(true);
+        setFocusPolicy(Qt::NoFocus);
+        // Tab stops at the chosen one only; the arrows reach the others
+        connect(this, &QAbstractButton::toggled, this,
+                [this](bool isChosen) { setFocusPolicy(isChosen ? Qt::TabFocus : Qt::NoFocus); });
     }
 
 protected:

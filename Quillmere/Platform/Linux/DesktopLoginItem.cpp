@@ -20,6 +20,7 @@ namespace {
 const QString fileName = QStringLiteral("quillmere.desktop");
 
 std::optional<DesktopEntry> read(const QString& path) {
+    if (path.isEmpty()) return std::nullopt;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
     return DesktopEntry::parse(file.readAll());

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "Quillmere/ConfigModel.h"
+#include "Quillmere/Palette.h"
+#include "Quillmere/Settings/AppSettings.h"
+#include "Quillmere/Settings/GroupView.h"
+#include "Quillmere/Settings/LayoutsTab.h"
+#include "Quillmere/Settings/SettingsView.h"
+#include "Quillmere/Settings/SettingsWindow.h"
+#include "Tests/Support/FakeInputSourceService.h"
+#include "Tests/Support/FakeLoginItem.h"
+#include "Tests/Support/FakeWorkspace.h"
+#include "Tests/Support/MemoryDefaults.h"
+
+#include <gtest/gtest.h>
+
+#include <QTest>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quillmere {
+
+constexpr Shortcut controlOptionK{40, Modifiers::control | Modifiers::option};
+
+/// A group with a fresh identifier.
+inline CycleGroup group(std::vector<std::string> sourceIDs, std::optional<Shortcut> shortcut = std::nullopt) {
+    return {.id = makeUUID(), .shortcut = shortcut, .sourceIDs = std::move(sourceIDs)};
+}
+
+/// The settings on a recording system with the sources "a" to "d", named Alpha
+/// to Delta.
+class SettingsTest : public testing::Test {
+protected:
+    SettingsTest() {
+        service.records = {layout("a", "Alpha"), layout("b", "Beta"), layout("c", "Gamma"), layout("d", "Delta")};
+    }
+    ~SettingsTest() override { Palette::setDark(false); }
+
+    /// Opens the settings over this configuration.
+    void open(std::vector<CycleGroup> groups, PlateSettings plate = PlateSettings()) {
+        window.reset();
+        settings.reset();
+        defaults.setData("config", encodeConfig({.active = true, .groups = std::move(groups), .plate = plate}));
+        model = std::make_unique<ConfigModel>(defaults, InputSources(service));
+        settings = std::make_unique<AppSettings>(updateStore, updatesEnabled, loginItem, workspace);
+        window = std::make_unique<SettingsWindow>(*model, *settings, InputSources(service), workspace, glassAvailable);
+        window->onClose = [this] { ++closings; };
+        window->open();
+        window->window()->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window->window(), 10000));
+        writesBefore = defaults.writes("config");
+    }
+
+    SettingsView& view() const { return *window->view(); }
+    LayoutsTab& tab() const { return view().layoutsTab(); }
+    GroupView& card(std::size_t index) const { return *tab().cards().at(index); }
+    const std::vector<CycleGroup>& groups() const { return model->config().groups; }
+    /// How often the configuration was stored since `open`.
+    int writes() const { return defaults.writes("config") - writesBefore; }
+    /// What is stored at this moment.
+    Config stored() const { return decodeConfig(defaults.data("config").value()).value(); }
+
+    /// A click with the mouse, where the user would click.
+    static void click(QWidget& widget) {
+        QTest::mouseClick(&widget, Qt::LeftButton);
+        QTest::qWait(0);
+    }
+    /// A key press delivered by the keyboard tap.
+    void tapPress(std::int64_t keyCode, Modifiers modifiers = {}) const {
+        if (const ShortcutHandler recorder = model->recorder()) recorder(keyCode, modifiers);
+    }
+    void press(Qt::Key key) const { QTest::keyClick(view().focusWidget() ? view().focusWidget() : &view(), key); }
+
+    MemoryDefaults defaults;
+    FakeInputSourceService service;
+    FakeWorkspace workspace;
+    FakeLoginItem loginItem;
+    UpdateStore updateStore{defaults};
+    bool updatesEnabled = true;
+    bool glassAvailable = false;
+    int closings = 0;
+    int writesBefore = 0;
+    std::unique_ptr<ConfigModel> model;
+    std::unique_ptr<AppSettings> settings;
+    std::unique_ptr<SettingsWindow> window;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,249 @@
+#include "Quillmere/Controls/ChipButtonStyle.h"
+#include "Quillmere/Controls/IconButton.h"
+#include "Quillmere/Controls/MessageLabel.h"
+#include "Quillmere/Settings/ShortcutChip.h"
+#include "Quillmere/Settings/ShortcutRecorder.h"
+#include "Tests/App/SettingsFixture.h"
+
+#include <QAccessible>
+
+namespace quillmere {
+namespace {
+
+constexpr std::int64_t keyA = 0;
+constexpr std::int64_t keyDelete = 51;
+constexpr std::int64_t keyEscape = 53;
+constexpr Modifiers controlOption = Modifiers::control | Modifiers::option;
+
+class ShortcutRecorderTest : public SettingsTest {
+protected:
+    ShortcutRecorder& recorder(std::size_t index) const { return card(index).recorder(); }
+    QString title(std::size_t index) const { return recorder(index).button().title(); }
+    QString message(std::size_t index) const {
+        const MessageLabel& label = recorder(index).message();
+        return label.isVisible() ? label.text() : QString();
+    }
+    void startRecording(std::size_t index) const { click(recorder(index).button()); }
+};
+
+TEST_F(ShortcutRecorderTest, TheTitleIsTheShortcutOrAsksForOne) {
+    open({group({}), group({}, controlOptionK), group({}, Shortcut::fn)});
+    EXPECT_EQ(title(0), "Set shortcut");
+    EXPECT_EQ(title(1), "⌃⌥K");
+    EXPECT_EQ(title(2), "🌐 Fn");
+}
+
+TEST_F(ShortcutRecorderTest, APressOfTheButtonStartsRecordingAndWritesNothing) {
+    open({group({}, controlOptionK)});
+    startRecording(0);
+    EXPECT_EQ(title(0), "Press shortcut…");
+    EXPECT_EQ(model->recordingGroup(), groups()[0].id);
+    EXPECT_TRUE(model->recorder());
+    EXPECT_EQ(writes(), 0);
+}
+
+TEST_F(ShortcutRecorderTest, AnotherPressOfTheButtonStopsAndKeepsTheShortcut) {
+    open({group({}, controlOptionK)});
+    startRecording(0);
+    click(recorder(0).button());
+    EXPECT_EQ(title(0), "⌃⌥K");
+    EXPECT_FALSE(model->recorder());
+    EXPECT_EQ(writes(), 0);
+}
+
+TEST_F(ShortcutRecorderTest, AKeyWithoutCommandOptionOrControlIsRejectedAndRecordingGoesOn) {
+    for (const Modifiers modifiers : {Modifiers(), Modifiers::shift}) {
+        open({group({})});
+        startRecording(0);
+        tapPress(keyA, modifiers);
+        EXPECT_EQ(message(0), "Add ⌘, ⌥ or ⌃, or press Fn alone");
+        EXPECT_EQ(title(0), "Press shortcut…");
+        EXPECT_TRUE(model->recorder());
+        EXPECT_EQ(writes(), 0);
+    }
+}
+
+TEST_F(ShortcutRecorderTest, FnWithShiftIsRejected) {
+    open({group({})});
+    startRecording(0);
+    tapPress(Shortcut::fnKeyCode, Modifiers::shift);
+    EXPECT_EQ(message(0), "Add ⌘, ⌥ or ⌃, or press Fn alone");
+}
+
+TEST_F(ShortcutRecorderTest, ALoneFnTapIsAccepted) {
+    open({group({})});
+    startRecording(0);
+    tapPress(Shortcut::fnKeyCode);
+    EXPECT_EQ(title(0), "🌐 Fn");
+    EXPECT_EQ(stored().groups[0].shortcut, Shortcut::fn);
+    EXPECT_EQ(writes(), 1);
+    EXPECT_FALSE(model->recorder());
+}
+
+TEST_F(ShortcutRecorderTest, AValidShortcutIsStoredWithOneWrite) {
+    open({group({"a"})});
+    startRecording(0);
+    tapPress(controlOptionK.keyCode, controlOptionK.modifiers);
+    EXPECT_EQ(title(0), "⌃⌥K");
+    EXPECT_EQ(stored().groups[0].shortcut, controlOptionK);
+    EXPECT_EQ(writes(), 1);
+    EXPECT_EQ(model->recordingGroup(), std::nullopt);
+}
+
+TEST_F(ShortcutRecorderTest, AShortcutOfAnotherGroupIsRejectedAlsoWhenThatGroupHasNoSources) {
+    open({group({}, Shortcut{Shortcut::space, controlOption}), group({"a"})});
+    startRecording(1);
+    tapPress(Shortcut::space, controlOption);
+    EXPECT_EQ(message(1), "Already used by another group");
+    EXPECT_EQ(title(1), "Press shortcut…");
+    EXPECT_EQ(writes(), 0);
+}
+
+TEST_F(ShortcutRecorderTest, AGroupsOwnShortcutIsAcceptedAgain) {
+    open({group({}, Shortcut{Shortcut::space, controlOption}), group({})});
+    startRecording(0);
+    tapPress(Shortcut::space, controlOption);
+    EXPECT_EQ(message(0), "");
+    EXPECT_EQ(title(0), "⌃⌥Space");
+    EXPECT_FALSE(model->recorder());
+}
+
+TEST_F(ShortcutRecorderTest, AShortcutThatDiffersInOneModifierIsAnother) {
+    open({group({}, Shortcut{Shortcut::space, controlOption}), group({})});
+    startRecording(1);
+    tapPress(Shortcut::space, controlOption | Modifiers::shift);
+    EXPECT_EQ(title(1), "⌃⌥⇧Space");
+}
+
+TEST_F(ShortcutRecorderTest, DeleteRemovesTheShortcutWithOneWriteWhateverTheModifiers) {
+    for (const Modifiers modifiers : {Modifiers(), Modifiers::command}) {
+        open({group({}, controlOptionK)});
+        startRecording(0);
+        tapPress(keyDelete, modifiers);
+        EXPECT_EQ(title(0), "Set shortcut");
+        EXPECT_EQ(stored().groups[0].shortcut, std::nullopt);
+        EXPECT_EQ(writes(), 1);
+        EXPECT_FALSE(model->recorder());
+    }
+}
+
+TEST_F(ShortcutRecorderTest, EscapeLeavesThePreviousShortcutWhateverTheModifiers) {
+    for (const Modifiers modifiers : {Modifiers(), Modifiers::control}) {
+        open({group({}, controlOptionK)});
+        startRecording(0);
+        tapPress(keyEscape, modifiers);
+        EXPECT_EQ(title(0), "⌃⌥K");
+        EXPECT_EQ(writes(), 0);
+        EXPECT_FALSE(model->recorder());
+    }
+}
+
+TEST_F(ShortcutRecorderTest, RecordingInAnotherGroupTakesOver) {
+    open({group({}, controlOptionK), group({})});
+    startRecording(0);
+    startRecording(1);
+    EXPECT_EQ(title(0), "⌃⌥K");
+    EXPECT_EQ(title(1), "Press shortcut…");
+    tapPress(Shortcut::space, Modifiers::command);
+    EXPECT_EQ(groups()[0].shortcut, controlOptionK);
+    EXPECT_EQ(groups()[1].shortcut, (Shortcut{Shortcut::space, Modifiers::command}));
+}
+
+TEST_F(ShortcutRecorderTest, AnAcceptedShortcutLeavesTheMessageUntilTheNextStart) {
+    open({group({})});
+    startRecording(0);
+    tapPress(keyA);
+    tapPress(keyA, Modifiers::command);
+    EXPECT_EQ(title(0), "⌘A");
+    EXPECT_EQ(message(0), "Add ⌘, ⌥ or ⌃, or press Fn alone");
+    startRecording(0);
+    EXPECT_EQ(message(0), "");
+}
+
+TEST_F(ShortcutRecorderTest, AnotherRejectionReplacesTheMessage) {
+    open({group({}, controlOptionK), group({})});
+    startRecording(1);
+    tapPress(keyA);
+    tapPress(controlOptionK.keyCode, controlOptionK.modifiers);
+    EXPECT_EQ(message(1), "Already used by another group");
+}
+
+TEST_F(ShortcutRecorderTest, ChangingTheTabEndsTheRecording) {
+    open({group({})});
+    startRecording(0);
+    click(view().generalChip());
+    EXPECT_FALSE(model->recorder());
+    EXPECT_EQ(model->recordingGroup(), std::nullopt);
+}
+
+TEST_F(ShortcutRecorderTest, ClosingTheWindowEndsTheRecording) {
+    open({group({})});
+    startRecording(0);
+    window->window()->close();
+    EXPECT_FALSE(model->recorder());
+    window->open();
+    EXPECT_EQ(title(0), "Set shortcut");
+}
+
+TEST_F(ShortcutRecorderTest, DestroyingTheWindowEndsTheRecording) {
+    open({group({})});
+    startRecording(0);
+    window.reset();
+    EXPECT_FALSE(model->recorder());
+}
+
+TEST_F(ShortcutRecorderTest, AnotherRecordersDisappearingLeavesTheRecordingAlone) {
+    open({group({}), group({})});
+    startRecording(0);
+    click(card(1).deleteButton());
+    EXPECT_TRUE(model->recorder());
+    EXPECT_EQ(title(0), "Press shortcut…");
+}
+
+TEST_F(ShortcutRecorderTest, SpaceAndReturnPressTheButtonOnTheirRelease) {
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+        open({group({})});
+        ShortcutChip& button = recorder(0).button();
+        button.setFocus(Qt::TabFocusReason);
+        QTest::keyPress(&button, key);
+        EXPECT_FALSE(model->recorder());
+        QTest::keyRelease(&button, key);
+        EXPECT_TRUE(model->recorder());
+    }
+}
+
+TEST_F(ShortcutRecorderTest, TheButtonSaysWhichGroupsShortcutItIs) {
+    open({group({}), group({}, controlOptionK)});
+    EXPECT_EQ(recorder(0).button().accessibleName(), "Shortcut of group 1: Set shortcut");
+    EXPECT_EQ(recorder(1).button().accessibleName(), "Shortcut of group 2: ⌃⌥K");
+    startRecording(1);
+    EXPECT_EQ(recorder(1).button().accessibleName(), "Shortcut of group 2: Press shortcut…");
+    click(card(0).deleteButton());
+    EXPECT_EQ(recorder(0).button().accessibleName(), "Shortcut of group 1: Press shortcut…");
+}
+
+std::vector<std::pair<QAccessible::Event, QString>> announced;
+
+void rememberAlert(QAccessibleEvent* event) {
+    if (event->type() != QAccessible::Alert || !event->accessibleInterface()) return;
+    announced.emplace_back(event->type(), event->accessibleInterface()->text(QAccessible::Name));
+}
+
+TEST_F(ShortcutRecorderTest, ARejectionIsAnnounced) {
+    open({group({})});
+    startRecording(0);
+    announced.clear();
+    QAccessible::setActive(true);
+    const auto previous = QAccessible::installUpdateHandler(rememberAlert);
+    tapPress(keyA);
+    tapPress(keyA);
+    QAccessible::installUpdateHandler(previous);
+    QAccessible::setActive(false);
+    ASSERT_EQ(announced.size(), 2U);
+    EXPECT_EQ(announced[1].second, "Add ⌘, ⌥ or ⌃, or press Fn alone");
+    const QAccessibleInterface* const message = QAccessible::queryAccessibleInterface(&recorder(0).message());
+    EXPECT_EQ(message->role(), QAccessible::AlertMessage);
+}
+
+}  // namespace
+}  // namespace quillmere
