@@ -174,7 +174,7 @@ std::string TapBench::name(std::uint16_t code) {
     for (const auto& [name, known] : keyNames) {
         if (code == known) return name;
     }
-    return "#" + std::to_string(code);
+    return std::to_string(code);
 }
 
 void TapBench::plug(DeviceId device) {

@@ -1,0 +1,282 @@
+#include "Fuzz/Require.h"
+#include "Tests/Core/TapBench.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+#include <linux/input-event-codes.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+
+namespace quillmere::tap {
+namespace {
+
+constexpr std::array<std::uint16_t, 14> codes = {
+    KEY_A,        KEY_K,       KEY_SPACE, KEY_BACKSPACE, KEY_ESC,      KEY_ENTER,    KEY_LEFTCTRL,
+    KEY_LEFTMETA, KEY_LEFTALT, KEY_FN,    KEY_WAKEUP,    KEY_VOLUMEUP, KEY_CAPSLOCK, BTN_LEFT,
+};
+constexpr std::array<Time, 4> pauses = {Time(1), std::chrono::milliseconds(10), TapEngine::verdictDeadline,
+                                        TapEngine::ungrabDeadline};
+constexpr DeviceId deviceCount = 3;
+
+/// An owner that knows what it may be told.
+class WaryOwner : public FakeOwner {
+public:
+    const Interest* interest = nullptr;
+
+    bool tell(const KeyEvent& event) override {
+        if (!FakeOwner::tell(event)) return false;
+        switch (event.kind) {
+            case KeyEventKind::press:
+                checkInterest(event);
+                ++told_[event.code];
+                break;
+            case KeyEventKind::repeat:
+                require(told_[event.code] > 0, "only a key that was told is told to repeat");
+                break;
+            case KeyEventKind::release:
+                require(told_[event.code]-- > 0, "only a key that was told is told to go up");
+                break;
+            case KeyEventKind::other:
+                require(fnIsDown_, "other keys are told while Fn is down only");
+                break;
+            case KeyEventKind::flags:
+                require(fnIsDown_ || (event.flags & Flags::fn) != 0, "modifiers are told while Fn is down only");
+                fnIsDown_ = (event.flags & Flags::fn) != 0;
+                break;
+        }
+        return true;
+    }
+
+    void tellDisabled(DisabledReason reason) override {
+        FakeOwner::tellDisabled(reason);
+        told_.clear();
+    }
+
+    void beginAnew() {
+        told_.clear();
+        fnIsDown_ = false;
+        log.clear();
+        events.clear();
+    }
+
+private:
+    void checkInterest(const KeyEvent& event) const {
+        const TapShortcut pressed{event.code, static_cast<std::uint8_t>(event.flags & Flags::modifiers)};
+        require(interest->everyKey || std::ranges::find(interest->shortcuts, pressed) != interest->shortcuts.end(),
+                "a key of no interest is told to nobody");
+    }
+
+    std::map<std::uint16_t, int> told_;
+    bool fnIsDown_ = false;
+};
+
+/// Random fingers, owners, plugs and clocks, in random order.
+class Storm {
+public:
+    explicit Storm(FuzzedDataProvider& data) : data_(data) { owner_.interest = &interest_; }
+
+    void run() {
+        while (data_.remaining_bytes() > 0) {
+            step();
+            check();
+        }
+        settle();
+    }
+
+private:
+    void step() {
+        switch (data_.ConsumeIntegralInRange(0, 15)) {
+            case 0:
+                plug();
+                break;
+            case 1:
+                unplug();
+                break;
+            case 2:
+                own();
+                break;
+            case 3:
+                engine_.detach(now());
+                break;
+            case 4:
+                interest_ = anyInterest();
+                engine_.setInterest(interest_, now());
+                break;
+            case 5:
+                engine_.enable(now());
+                break;
+            case 6:
+                engine_.setLocked(data_.ConsumeBool(), now());
+                break;
+            case 7:
+                answer();
+                break;
+            case 8:
+                wait();
+                break;
+            case 9:
+                changeWeather();
+                break;
+            case 10:
+                engine_.releaseEverything(now());
+                break;
+            default:
+                move();
+        }
+        if (data_.ConsumeBool()) deliver();
+    }
+
+    Time now() const { return keyboards_.now; }
+
+    FakeKeyboards::Keyboard* anyKeyboard() {
+        const auto found = keyboards_.keyboards.find(data_.ConsumeIntegralInRange<DeviceId>(1, deviceCount));
+        return found == keyboards_.keyboards.end() ? nullptr : &found->second;
+    }
+
+    void plug() {
+        const auto id = data_.ConsumeIntegralInRange<DeviceId>(1, deviceCount);
+        if (keyboards_.keyboards.contains(id)) return;
+        FakeKeyboards::Keyboard& keyboard = keyboards_.keyboards[id];
+        for (const std::uint16_t code : codes)
+            keyboard.keys.set(code, data_.ConsumeIntegralInRange(0, 7) != 0);
+        engine_.addDevice(id, keyboard.keys, now());
+    }
+
+    void unplug() {
+        const auto id = data_.ConsumeIntegralInRange<DeviceId>(1, deviceCount);
+        if (!keyboards_.keyboards.contains(id)) return;
+        engine_.removeDevice(id, now());
+        // What waits behind a question keeps the device until it is out.
+        gone_.insert(id);
+    }
+
+    Interest anyInterest() {
+        Interest interest;
+        interest.everyKey = data_.ConsumeIntegralInRange(0, 3) == 0;
+        interest.wantsFn = data_.ConsumeBool();
+        for (int count = data_.ConsumeIntegralInRange(0, 2); count > 0; --count) {
+            interest.shortcuts.push_back({data_.PickValueInArray(codes), data_.ConsumeIntegral<std::uint8_t>()});
+            interest.shortcuts.back().modifiers &= Flags::modifiers;
+        }
+        return interest;
+    }
+
+    void own() {
+        engine_.detach(now());
+        owner_.beginAnew();
+        interest_ = anyInterest();
+        engine_.attach(owner_, interest_, data_.ConsumeBool(), data_.ConsumeBool(), now());
+    }
+
+    void answer() {
+        const bool swallow = data_.ConsumeBool();
+        if (swallow && engine_.awaits(owner_.lastQuestion)) ++allowed_[owner_.events.back().code];
+        engine_.verdict(owner_.lastQuestion, swallow, now());
+    }
+
+    void wait() {
+        keyboards_.now += data_.PickValueInArray(pauses);
+        const auto deadline = engine_.deadline();
+        if (deadline && *deadline <= now()) {
+            engine_.tick(now());
+            require(!engine_.deadline() || *engine_.deadline() > now(),
+                    "a deadline that has passed has had its effect");
+        }
+    }
+
+    void changeWeather() {
+        keyboards_.newClone = data_.PickValueInArray({CloneState::failed, CloneState::making, CloneState::ready});
+        keyboards_.grabIsFree = data_.ConsumeBool();
+        keyboards_.canOpen = data_.ConsumeBool();
+        owner_.reads = data_.ConsumeBool();
+        engine_.cloneMade(data_.ConsumeIntegralInRange<DeviceId>(1, deviceCount), data_.ConsumeBool(), now());
+    }
+
+    void move() {
+        const FakeKeyboards::Keyboard* keyboard = anyKeyboard();
+        const std::uint16_t code = data_.PickValueInArray(codes);
+        const bool repeats = data_.ConsumeBool();
+        if (keyboard == nullptr || !keyboard->keys.test(code)) return;
+        for (auto& [id, candidate] : keyboards_.keyboards) {
+            if (&candidate != keyboard || gone_.contains(id)) continue;
+            const bool isDown = keyboard->down.test(code);
+            if (isDown && repeats) {
+                keyboards_.move(id, code, 2);
+            } else {
+                keyboards_.move(id, code, isDown ? 0 : 1);
+            }
+        }
+    }
+
+    void deliver() {
+        for (auto& [id, keyboard] : keyboards_.keyboards) {
+            while (!keyboard.unread.empty()) {
+                const InputEvent event = keyboard.unread.front();
+                keyboard.unread.pop_front();
+                engine_.handleEvent(id, event, now());
+            }
+        }
+    }
+
+    void check() {
+        require(keyboards_.faults.empty(), keyboards_.faults.empty() ? "" : keyboards_.faults.front().c_str());
+        std::erase_if(keyboards_.keyboards, [this](const auto& entry) {
+            if (entry.second.isForgotten) gone_.erase(entry.first);
+            return entry.second.isForgotten;
+        });
+        if (engine_.awaits(engine_.lastSequence())) return;
+        std::map<std::uint16_t, int> missing;
+        for (const auto& [id, keyboard] : keyboards_.keyboards) {
+            if (!keyboard.unread.empty()) return;
+            require((keyboard.cloneDown & ~keyboard.down).none(), "what is down on a clone is down on its device");
+            if (!keyboard.isGrabbed) continue;
+            for (const std::uint16_t code : codes)
+                missing[code] += keyboard.down.test(code) && !keyboard.cloneDown.test(code) ? 1 : 0;
+        }
+        for (const std::uint16_t code : codes) {
+            require(missing[code] <= allowed_[code], "what is not down on a clone was swallowed");
+            allowed_[code] = missing[code];
+        }
+    }
+
+    /// Whatever has happened: without an owner and with all keys up, everybody
+    /// has their keyboard again.
+    void settle() {
+        engine_.detach(now());
+        deliver();
+        for (auto& [id, keyboard] : keyboards_.keyboards) {
+            for (const std::uint16_t code : codes) {
+                if (keyboard.down.test(code)) keyboards_.move(id, code, 0);
+            }
+        }
+        deliver();
+        check();
+        require(!engine_.isGrabbing(), "without an owner nothing is grabbed");
+        require(!engine_.deadline(), "without an owner nothing is awaited");
+        for (const auto& [id, keyboard] : keyboards_.keyboards) {
+            require(keyboard.cloneDown.none() && keyboard.worldDown.none(),
+                    "with no key down on a device, none is down anywhere");
+            require(!keyboard.isOpen, "without an owner nothing is read");
+        }
+    }
+
+    FuzzedDataProvider& data_;
+    FakeKeyboards keyboards_;
+    WaryOwner owner_;
+    TapEngine engine_{keyboards_};
+    Interest interest_;
+    std::set<DeviceId> gone_;
+    /// How many presses of each key may be missing on the clones.
+    std::map<std::uint16_t, int> allowed_;
+};
+
+}  // namespace
+}  // namespace quillmere::tap
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    FuzzedDataProvider provider(data, size);
+    quillmere::tap::Storm(provider).run();
+    return 0;
+}

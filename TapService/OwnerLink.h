@@ -1,0 +1,63 @@
+#pragma once
+
+#include "TapService/KeySet.h"
+#include "TapService/TapPorts.h"
+#include "TapService/TapProtocol.h"
+
+#include <cstdint>
+
+namespace quillmere::tap {
+
+/// The engine's side of the tap's owner: what it wants, and what it is told of
+/// the keys. There may be no owner.
+class OwnerLink {
+public:
+    bool isAttached() const { return port_ != nullptr; }
+    bool isEnabled() const { return enabled_; }
+
+    /// `port` must live until `detach` or `drop`.
+    void attach(OwnerPort& port, bool enabled, bool locked);
+    /// Takes leave: an owner that believes Fn to be down learns that it must
+    /// not wait for it.
+    void detach(std::uint8_t flags, Time now);
+    /// Without a word.
+    void drop();
+
+    void setInterest(const Interest& interest);
+    void setLocked(bool locked) { locked_ = locked; }
+    /// False when it already was, or there is no owner.
+    bool enable();
+    /// False when it already was, or there is no owner.
+    bool disable(DisabledReason reason);
+
+    /// Whether the user records a shortcut. Behind a lock screen nobody does.
+    bool isRecording() const { return isAttached() && interest_.everyKey && !locked_; }
+    bool hasShortcuts() const { return isAttached() && !interest_.shortcuts.empty(); }
+    bool wantsFn() const { return isAttached() && (interest_.wantsFn || isRecording()); }
+    /// Whether this press is to be told in full.
+    bool isOfInterest(std::uint16_t code, std::uint8_t flags) const;
+    /// Whether a device that can send these keys must be grabbed.
+    bool wantsGrab(const KeySet& keys, bool isTyping) const;
+
+    // Each returns false when the owner was not told; one that cannot take
+    // what it is told has then been disabled.
+
+    /// A press (with the number of the question, or 0), repeat or release.
+    bool tellKey(KeyEventKind kind, const InputEvent& event, std::uint8_t flags, std::uint32_t sequence = 0);
+    /// That some key was pressed, while Fn is down.
+    bool tellOther(Time time, std::uint8_t flags);
+    /// What is held now, if that concerns a tap of Fn.
+    bool tellFlags(Time time, std::uint8_t flags);
+
+private:
+    bool tell(const KeyEvent& event);
+
+    OwnerPort* port_ = nullptr;
+    Interest interest_;
+    KeySet codes_;  ///< of the interest's shortcuts
+    bool enabled_ = false;
+    bool locked_ = false;
+    bool fnWasTold_ = false;  ///< the owner believes Fn to be down
+};
+
+}  // namespace quillmere::tap

@@ -1,0 +1,359 @@
+#include "TapService/TapEngine.h"
+
+#include <algorithm>
+#include <ranges>
+#include <utility>
+
+namespace quillmere::tap {
+
+namespace {
+
+constexpr std::uint16_t panicKeys[] = {KEY_BACKSPACE, KEY_ESC, KEY_ENTER};
+
+}  // namespace
+
+// Devices
+
+TapDevice* TapEngine::find(DeviceId id) {
+    const auto found = devices_.find(id);
+    return found == devices_.end() ? nullptr : &found->second;
+}
+
+std::uint8_t TapEngine::flags() const {
+    std::uint8_t flags = 0;
+    for (const TapDevice& device : devices_ | std::views::values)
+        flags |= device.flags;
+    return flags;
+}
+
+void TapEngine::addDevice(DeviceId id, const KeySet& keys, Time now) {
+    devices_.try_emplace(id, keys);
+    needsReconciling_ = true;
+    reconcileAll(now);
+}
+
+void TapEngine::removeDevice(DeviceId id, Time now) {
+    TapDevice* device = find(id);
+    if (device == nullptr || device->isGone) return;
+    device->isGone = true;
+    // What it sent before still has to come out in order.
+    if (isBusy(id, *device)) {
+        queue_.push_back({id, std::nullopt});
+        return;
+    }
+    finishRemoval(id, now);
+    reconcileAll(now);
+}
+
+void TapEngine::finishRemoval(DeviceId id, Time now) {
+    TapDevice& device = devices_.at(id);
+    releaseClone(id, device, now);
+    for (std::uint16_t code = 0; code < keyCodeLimit; ++code) {
+        if (device.told.test(code)) owner_.tellKey(KeyEventKind::release, {EV_KEY, code, 0, now}, flags());
+    }
+    const bool hadFlags = device.flags != 0;
+    devices_.erase(id);
+    if (hadFlags) owner_.tellFlags(now, flags());
+    keyboards_.forget(id);
+    needsReconciling_ = true;
+}
+
+void TapEngine::cloneMade(DeviceId id, bool ready, Time now) {
+    TapDevice* device = find(id);
+    if (device == nullptr || device->clone != TapDevice::Clone::making) return;
+    device->clone = ready ? TapDevice::Clone::ready : TapDevice::Clone::failed;
+    reconcile(id, *device, now);
+}
+
+void TapEngine::handleEvent(DeviceId id, const InputEvent& event, Time now) {
+    TapDevice* device = find(id);
+    if (device == nullptr || !device->isOpen || device->isGone || event.code >= keyCodeLimit) return;
+    if (event.type == EV_KEY) {
+        device->down.set(event.code, event.value != 0);
+        // Before anything else, so that no mistake further down can stand in
+        // the way.
+        if (event.value == 1 && isPanicChord()) panic(now);
+    }
+    // While another program has the device's grab, no event would come.
+    device->grabRefused = false;
+    if (pending_) {
+        queue_.push_back({id, event});
+        ++device->queued;
+        if (queue_.size() >= queueLimit) {
+            disable(DisabledReason::timeout);
+            settle(false, now);
+        }
+    } else if (device->isOpen) {
+        handle(id, *device, event, now);
+    }
+    reconcileAll(now);
+}
+
+void TapEngine::drain(Time now) {
+    while (!pending_ && !queue_.empty()) {
+        const Queued next = queue_.front();
+        queue_.pop_front();
+        if (!next.event) {
+            finishRemoval(next.device, now);
+        } else if (TapDevice* device = find(next.device)) {
+            --device->queued;
+            handle(next.device, *device, *next.event, now);
+        }
+    }
+}
+
+// Events
+
+void TapEngine::handle(DeviceId id, TapDevice& device, const InputEvent& event, Time now) {
+    switch (event.type) {
+        case EV_KEY:
+            handleKey(id, device, event, now);
+            return;
+        case EV_SYN:
+            if (event.code == SYN_REPORT) {
+                endFrame(id, device, event);
+                // Between two frames is the one moment to take or to give
+                // back a device.
+                reconcile(id, device, now);
+                return;
+            }
+            break;
+        case EV_MSC:
+            if (event.code == MSC_SCAN) {
+                device.scan = event;
+                return;
+            }
+            break;
+        case EV_REL:
+        case EV_ABS:
+        case EV_SW:
+            break;
+        default:
+            // Lights and sounds go the other way.
+            return;
+    }
+    if (device.isExclusive(event)) forward(id, device, event);
+}
+
+void TapEngine::handleKey(DeviceId id, TapDevice& device, const InputEvent& event, Time now) {
+    if (event.value == 0) {
+        handleRelease(id, device, event);
+    } else if (event.value == 1 && !device.held.test(event.code)) {
+        handlePress(id, device, event, now);
+    } else {
+        handleRepeat(device, event);
+    }
+}
+
+void TapEngine::handlePress(DeviceId id, TapDevice& device, const InputEvent& event, Time now) {
+    device.held.set(event.code);
+    const KeyRole role = roleOf(event.code);
+    const bool isOfInterest = role == KeyRole::key && owner_.isOfInterest(event.code, flags());
+    if (isOfInterest && device.isExclusive(event)) {
+        ask(id, device, event, now);
+        return;
+    }
+    pass(id, device, event);
+    if (isOfInterest) {
+        device.told.set(event.code, owner_.tellKey(KeyEventKind::press, event, flags()));
+    } else if (role == KeyRole::key) {
+        owner_.tellOther(event.time, flags());
+    } else if (role != KeyRole::button) {
+        device.updateFlags();
+        owner_.tellFlags(event.time, flags());
+    }
+}
+
+void TapEngine::handleRelease(DeviceId id, TapDevice& device, const InputEvent& event) {
+    const bool wasSwallowed = device.swallowed.test(event.code);
+    const bool wasTold = device.told.test(event.code);
+    device.held.reset(event.code);
+    device.swallowed.reset(event.code);
+    device.told.reset(event.code);
+    if (wasSwallowed) {
+        device.scan.reset();
+    } else {
+        pass(id, device, event);
+    }
+    const KeyRole role = roleOf(event.code);
+    if (role == KeyRole::modifier || role == KeyRole::fn) {
+        device.updateFlags();
+        owner_.tellFlags(event.time, flags());
+    } else if (wasTold) {
+        owner_.tellKey(KeyEventKind::release, event, flags());
+    }
+}
+
+void TapEngine::handleRepeat(TapDevice& device, const InputEvent& event) {
+    // Never forwarded: the clone repeats by itself what is down on it.
+    device.scan.reset();
+    if (device.told.test(event.code)) {
+        owner_.tellKey(KeyEventKind::repeat, event, flags());
+    } else if (roleOf(event.code) == KeyRole::key) {
+        owner_.tellOther(event.time, flags());
+    }
+}
+
+void TapEngine::pass(DeviceId id, TapDevice& device, const InputEvent& event) {
+    const bool isPress = event.value != 0;
+    // A release follows its press, whoever gets the device's events by now.
+    if (isPress ? device.isExclusive(event) : device.onClone.test(event.code)) {
+        if (device.scan) forward(id, device, *device.scan);
+        forward(id, device, event);
+        device.onClone.set(event.code, isPress);
+    }
+    device.scan.reset();
+}
+
+void TapEngine::forward(DeviceId id, TapDevice& device, const InputEvent& event) {
+    keyboards_.forward(id, event);
+    device.frameIsOpen = true;
+}
+
+void TapEngine::endFrame(DeviceId id, TapDevice& device, const InputEvent& report) {
+    device.scan.reset();
+    if (std::exchange(device.frameIsOpen, false)) keyboards_.forward(id, report);
+}
+
+void TapEngine::releaseClone(DeviceId id, TapDevice& device, Time now) {
+    for (std::uint16_t code = 0; code < keyCodeLimit && device.onClone.any(); ++code) {
+        if (!device.onClone.test(code)) continue;
+        forward(id, device, {EV_KEY, code, 0, now});
+        device.onClone.reset(code);
+    }
+    endFrame(id, device, {EV_SYN, SYN_REPORT, 0, now});
+}
+
+// Questions and answers
+
+void TapEngine::ask(DeviceId id, TapDevice& device, const InputEvent& event, Time now) {
+    // 0 is "no question".
+    sequence_ = std::max(sequence_ + 1, 1U);
+    if (!owner_.tellKey(KeyEventKind::press, event, flags(), sequence_)) {
+        pass(id, device, event);
+        forgetTold();
+        return;
+    }
+    device.told.set(event.code);
+    pending_ = Pending{id, event, sequence_, now + verdictDeadline};
+}
+
+void TapEngine::verdict(std::uint32_t sequence, bool swallow, Time now) {
+    if (!awaits(sequence)) return;
+    settle(swallow, now);
+    reconcileAll(now);
+}
+
+void TapEngine::settle(bool swallow, Time now) {
+    if (!pending_) return;
+    const Pending settled = *std::exchange(pending_, std::nullopt);
+    if (TapDevice* device = find(settled.device)) {
+        if (swallow) {
+            device->swallowed.set(settled.event.code);
+            device->scan.reset();
+        } else {
+            pass(settled.device, *device, settled.event);
+        }
+    }
+    drain(now);
+    needsReconciling_ = true;
+}
+
+void TapEngine::disable(DisabledReason reason) {
+    if (owner_.disable(reason)) forgetTold();
+}
+
+void TapEngine::forgetTold() {
+    for (TapDevice& device : devices_ | std::views::values)
+        device.told.reset();
+    needsReconciling_ = true;
+}
+
+std::optional<Time> TapEngine::deadline() const {
+    std::optional<Time> earliest;
+    const auto consider = [&earliest](Time time) { earliest = earliest ? std::min(*earliest, time) : time; };
+    if (pending_) consider(pending_->deadline);
+    for (const TapDevice& device : devices_ | std::views::values) {
+        if (device.ungrabBy) consider(*device.ungrabBy);
+    }
+    return earliest;
+}
+
+void TapEngine::tick(Time now) {
+    if (pending_ && now >= pending_->deadline) {
+        disable(DisabledReason::timeout);
+        settle(false, now);
+    }
+    needsReconciling_ = true;
+    reconcileAll(now);
+}
+
+bool TapEngine::isPanicChord() const {
+    return std::ranges::all_of(panicKeys, [this](std::uint16_t code) {
+        return std::ranges::any_of(devices_ | std::views::values,
+                                   [code](const TapDevice& device) { return device.down.test(code); });
+    });
+}
+
+void TapEngine::panic(Time now) {
+    disable(DisabledReason::userInput);
+    releaseEverything(now);
+}
+
+void TapEngine::releaseEverything(Time now) {
+    owner_.drop();
+    forgetTold();
+    settle(false, now);
+    for (auto& [id, device] : devices_) {
+        releaseClone(id, device, now);
+        if (device.isGrabbed) ungrab(id, device, true);
+    }
+    reconcileAll(now);
+}
+
+// The owner
+
+void TapEngine::attach(OwnerPort& owner, const Interest& interest, bool enabled, bool locked, Time now) {
+    detach(now);
+    owner_.attach(owner, enabled, locked);
+    // What failed before gets another chance.
+    for (TapDevice& device : devices_ | std::views::values) {
+        device.cannotOpen = false;
+        if (!device.isGrabbed) device.clone = TapDevice::Clone::none;
+    }
+    setInterest(interest, now);
+}
+
+void TapEngine::detach(Time now) {
+    if (!owner_.isAttached()) return;
+    owner_.detach(flags(), now);
+    forgetTold();
+    settle(false, now);
+    reconcileAll(now);
+}
+
+void TapEngine::setInterest(const Interest& interest, Time now) {
+    if (!owner_.isAttached()) return;
+    owner_.setInterest(interest);
+    for (TapDevice& device : devices_ | std::views::values)
+        device.grabRefused = false;
+    needsReconciling_ = true;
+    reconcileAll(now);
+}
+
+void TapEngine::setLocked(bool locked, Time now) {
+    owner_.setLocked(locked);
+    needsReconciling_ = true;
+    reconcileAll(now);
+}
+
+void TapEngine::enable(Time now) {
+    if (!owner_.enable()) return;
+    // Fn may have gone up meanwhile. If it has gone down, that is no beginning
+    // of a tap.
+    if ((flags() & Flags::fn) == 0) owner_.tellFlags(now, flags());
+    needsReconciling_ = true;
+    reconcileAll(now);
+}
+
+}  // namespace quillmere::tap
