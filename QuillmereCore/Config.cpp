@@ -40,7 +40,7 @@ std::optional<UUID> parseUUID(std::string_view text) {
         const std::optional<unsigned> digit = hexDigit(text[i]);
         if (!digit) return std::nullopt;
         std::uint8_t& byte = id.data[digits / 2];
-        byte = static_cast<std::uint8_t>((byte << 4) | *digit);
+        byte = static_cast<std::uint8_t>(byte * 16U + *digit);
         ++digits;
     }
     return id;
