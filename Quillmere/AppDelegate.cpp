@@ -14,29 +14,76 @@ AppDelegate::AppDelegate(Platform platform)
     : platform_(std::move(platform)),
       inputSources_(*platform_.inputSources),
       model_(*platform_.userDefaults, inputSources_),
-      hud_(*platform_.platePanel, *platform_.mainQueue, platform_.appearance->hasGlass()) {
+      hud_(*platform_.platePanel, *platform_.mainQueue, platform_.appearance->hasGlass()),
+      updateStore_(*platform_.userDefaults),
+      updateAlert_(*platform_.workspace),
+      updateChecker_(UpdateChecker::configured(*platform_.bundle)) {
     Palette::setDark(platform_.appearance->isDark());
     connect(platform_.appearance.get(), &Appearance::changed, this,
             [this] { Palette::setDark(platform_.appearance->isDark()); });
+    if (updateChecker_) makeUpdateSchedule();
 }
 
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
     model_.onPreview = [this] { hud_.show({"English", "Українська"}, 0, model_.config().plate); };
+    settings().checkForUpdates = [this] { checkForUpdates(); };
     statusItem_ = std::make_unique<StatusItem>(model_, *platform_.appearance, *platform_.trayHost,
                                                StatusItem::Actions{
                                                    .toggleActive = [this] { toggleActive(); },
-                                                   .openSettings = [] {},
+                                                   .openSettings = [this] { openSettings(); },
                                                    .quit = &QCoreApplication::quit,
                                                });
     startInterceptor();
+    if (updateSchedule_) updateSchedule_->start();
 }
 
 void AppDelegate::toggleActive() {
     Config config = model_.config();
     config.active = !config.active;
     model_.setConfig(std::move(config));
+}
+
+AppSettings& AppDelegate::settings() {
+    if (!settings_) {
+        settings_ =
+            std::make_unique<AppSettings>(updateStore_, updatesEnabled(), *platform_.loginItem, *platform_.workspace);
+    }
+    return *settings_;
+}
+
+void AppDelegate::openSettings() {
+    if (!settingsWindow_) {
+        settingsWindow_ = std::make_unique<SettingsWindow>(model_, settings(), inputSources_, *platform_.workspace,
+                                                           platform_.appearance->hasGlass());
+        // Else the keyboard tap would go on handing keys to a recorder that nobody sees.
+        settingsWindow_->onClose = [this] { model_.endRecording(); };
+    }
+    settingsWindow_->open();
+}
+
+void AppDelegate::checkForUpdates() {
+    if (updateSchedule_) updateSchedule_->run(true);
+}
+
+UpdateWindow& AppDelegate::updateWindow() {
+    if (!updateWindow_) updateWindow_ = std::make_unique<UpdateWindow>(updateStore_, *platform_.workspace);
+    return *updateWindow_;
+}
+
+void AppDelegate::makeUpdateSchedule() {
+    const UpdateSchedule::Actions actions{
+        .check =
+            [this](UpdateSchedule::Completion completion) {
+                updateChecker_->check(feedSession_, platform_.workspace->preferredLanguages(), std::move(completion));
+            },
+        .present = [this](const UpdateOffer& offer) { updateWindow().show(offer); },
+        .alert = [this](const std::string& message,
+                        const std::string& informativeText) { updateAlert_.show(message, informativeText); },
+    };
+    updateSchedule_ =
+        std::make_unique<UpdateSchedule>(*platform_.mainQueue, updateStore_, updateChecker_->current, actions);
 }
 
 KeyInterceptor& AppDelegate::interceptor() {

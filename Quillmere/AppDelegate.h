@@ -3,12 +3,21 @@
 #include "Quillmere/ConfigModel.h"
 #include "Quillmere/Plate/SwitchHUD.h"
 #include "Quillmere/Platform/Platform.h"
+#include "Quillmere/Settings/AppSettings.h"
+#include "Quillmere/Settings/SettingsWindow.h"
 #include "Quillmere/Switching/KeyInterceptor.h"
+#include "Quillmere/Updates/FeedSession.h"
+#include "Quillmere/Updates/UpdateAlert.h"
+#include "Quillmere/Updates/UpdateChecker.h"
+#include "Quillmere/Updates/UpdateSchedule.h"
+#include "Quillmere/Updates/UpdateWindow.h"
 #include "QuillmereCore/PermissionGate.h"
+#include "QuillmereCore/UpdateStore.h"
 
 #include <QObject>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace quillmere {
@@ -30,6 +39,12 @@ public:
     /// Flips the master switch and stores it.
     void toggleActive();
 
+    /// Shows the settings window, made on first use, on the Layouts tab.
+    void openSettings();
+
+    /// Looks for updates on the user's behalf; nothing without a feed.
+    void checkForUpdates();
+
     ConfigModel& model() { return model_; }
     /// The keyboard filter, made on first use.
     KeyInterceptor& interceptor();
@@ -38,8 +53,19 @@ public:
     bool isRetrying() const { return retryTimer_ != nullptr; }
     /// The status item, from launch on; null before.
     StatusItem* statusItem() { return statusItem_.get(); }
+    /// Whether the program knows where to ask for updates.
+    bool updatesEnabled() const { return updateChecker_.has_value(); }
+    /// The update window, made on first use.
+    UpdateWindow& updateWindow();
+    /// The settings' own state, made on first use.
+    AppSettings& settings();
+    /// The settings window; null before it is first opened.
+    SettingsWindow* settingsWindow() { return settingsWindow_.get(); }
+    /// The automatic and manual checks; null without a feed.
+    const UpdateSchedule* updateSchedule() const { return updateSchedule_.get(); }
 
 private:
+    void makeUpdateSchedule();
     void startInterceptor();
     void observeInterest();
     void showSwitch(const CycleGroup& group, const std::string& selectedID);
@@ -53,6 +79,14 @@ private:
     std::unique_ptr<StatusItem> statusItem_;
     MainQueue::JobHandle retryTimer_;
     std::unique_ptr<PermissionGate> permissionGate_;
+    UpdateStore updateStore_;
+    std::unique_ptr<UpdateWindow> updateWindow_;
+    UpdateAlert updateAlert_;
+    std::optional<UpdateChecker> updateChecker_;
+    FeedSession feedSession_;
+    std::unique_ptr<UpdateSchedule> updateSchedule_;
+    std::unique_ptr<AppSettings> settings_;
+    std::unique_ptr<SettingsWindow> settingsWindow_;
 };
 
 }  // namespace quillmere

@@ -1,6 +1,9 @@
 #include "Quillmere/AppDelegate.h"
+#include "Quillmere/Platform/SingleInstance.h"
 
 #include <QApplication>
+
+#include <cstdlib>
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
@@ -8,7 +11,19 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName("quillmere");
     QApplication::setQuitOnLastWindowClosed(false);
 
-    quillmere::AppDelegate delegate(quillmere::makePlatform());
-    delegate.applicationDidFinishLaunching();
-    return QApplication::exec();
+    const auto instance = quillmere::makeSingleInstance();
+    if (!instance->claim()) return 0;
+
+    int status = 0;
+    {
+        quillmere::AppDelegate delegate(quillmere::makePlatform());
+        delegate.applicationDidFinishLaunching();
+        instance->setOnActivate([&delegate] { delegate.openSettings(); });
+        status = QApplication::exec();
+        instance->setOnActivate(nullptr);
+    }
+    // Not through Qt's own end, which waits for a name look-up that is under
+    // way: ten seconds when no name server answers. All that has to be left in
+    // order went with the delegate.
+    std::quick_exit(status);
 }
