@@ -1,0 +1,573 @@
+#include "Tests/Desktop/TapTest.h"
+
+#include <X11/Xlib.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <ranges>
+
+namespace quillmere::support {
+
+namespace {
+
+using Types = std::vector<std::uint32_t>;
+using KeyEventType::flagsChanged;
+using KeyEventType::keyDown;
+using KeyEventType::keyUp;
+using KeyEventType::systemDefined;
+using KeyEventType::tapDisabledByTimeout;
+
+TEST_F(TapTest, ASwallowedShortcutReachesNoApplicationNeitherPressNorRelease) {
+    install({.shortcuts = {controlAltSpace}});
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_FALSE(witness->saw(keys::space));
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
+    EXPECT_EQ(events[0].keyCode, Shortcut::space);
+    EXPECT_EQ(events[0].autorepeat, 0);
+    EXPECT_EQ(events[0].flags, controlAltFlags);
+    EXPECT_EQ(events[1].keyCode, Shortcut::space);
+    EXPECT_GE(events[1].timestamp, events[0].timestamp);
+}
+
+TEST_F(TapTest, APassedShortcutReachesTheApplicationOnceInTheLayoutInUse) {
+    install({.shortcuts = {controlAltSpace}});
+    decide = [](const KeyEventFields&) { return InterceptDecision::pass; };
+    server->setGroup(1);
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
+    ASSERT_EQ(witness->presses(keys::space), 1U);
+    const auto press = std::ranges::find(witness->keys(), keys::space, &SeenKey::key);
+    EXPECT_EQ(press->group, 1);
+    EXPECT_EQ(std::ranges::count(witness->keys(), keys::space, &SeenKey::key), 2);
+}
+
+TEST_F(TapTest, OrdinaryTypingIsNotDelivered) {
+    install({.shortcuts = {controlAltSpace}});
+    for (const Key key : {keys::a, keys::s, keys::space, keys::leftShift, keys::leftControl, keys::f1})
+        typist->tap(key);
+    typist->chord(std::array{keys::leftControl}, keys::space);
+    typist->chord(std::array{keys::leftControl, keys::leftAlt, keys::leftShift}, keys::space);
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::space), 3U);
+}
+
+class LockedTapTest : public TapTest, public testing::WithParamInterface<std::vector<Key>> {};
+
+TEST_P(LockedTapTest, LocksDoNotMatter) {
+    install({.shortcuts = {controlAltSpace}});
+    for (const Key lock : GetParam())
+        typist->tap(lock);
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_FALSE(witness->saw(keys::space));
+    const bool isCapsLocked = std::ranges::find(GetParam(), keys::capsLock) != GetParam().end();
+    EXPECT_EQ(events[0].flags, controlAltFlags | (isCapsLocked ? KeyEventFlags::capsLock : 0));
+}
+
+INSTANTIATE_TEST_SUITE_P(Locks, LockedTapTest,
+                         testing::Values(std::vector{keys::capsLock}, std::vector{keys::numLock},
+                                         std::vector{keys::capsLock, keys::numLock}));
+
+TEST_F(TapTest, AHeldShortcutRepeatsToTheProgramAloneAndIsReleasedOnce) {
+    server->setRepeat(60, 20);
+    install({.shortcuts = {controlAltSpace}});
+    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::space));
+    ASSERT_TRUE(waitForEvents(keyDown, 4));
+    typist->play(Strokes().release(keys::space).release(keys::leftAlt).release(keys::leftControl));
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_FALSE(witness->saw(keys::space));
+    EXPECT_EQ(std::ranges::count(events, 0, &KeyEventFields::autorepeat), 2) << "one first press, one release";
+    EXPECT_EQ(count(keyUp), 1U);
+}
+
+TEST_F(TapTest, ALetterRightAfterTheShortcutIsTypedInTheNewLayoutEveryTime) {
+    const auto sources = XkbInputSources::create();
+    ASSERT_NE(sources, nullptr);
+    const std::vector<InputSourceRecord> list = sources->sources();
+    ASSERT_EQ(list.size(), 3U);
+    std::size_t next = 0;
+    decide = [&](const KeyEventFields&) {
+        next = (next + 1) % list.size();
+        EXPECT_EQ(sources->select(list[next]), 0);
+        return InterceptDecision::swallow;
+    };
+    install({.shortcuts = {controlAltSpace}});
+    constexpr std::size_t rounds = 300;
+    std::string expected;
+    for (std::size_t i = 0; i < rounds; ++i) {
+        // No gap inside a round; the server has no room for all rounds at once.
+        typist->play(Strokes().chord(controlAlt, keys::space).tap(keys::z));
+        expected += i % 3 == 0 ? "я" : i % 3 == 1 ? "y" : "z";
+        if (i % 10 == 9) {
+            ASSERT_TRUE(waitUntil([&] { return witness->presses(keys::z) == i + 1; }));
+        }
+    }
+    EXPECT_EQ(witness->text(), expected);
+    EXPECT_FALSE(witness->saw(keys::space));
+}
+
+TEST_F(TapTest, ALetterPressedBeforeTheShortcutIsReleasedIsNotLost) {
+    install({.shortcuts = {controlAltSpace}});
+    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::space));
+    ASSERT_TRUE(waitForEvents(keyDown, 1));
+    typist->play(Strokes().release(keys::leftAlt).release(keys::leftControl));
+    typist->play(Strokes().press(keys::a).release(keys::space).release(keys::a).tap(keys::s));
+    ASSERT_TRUE(waitUntil([&] { return witness->presses(keys::s) == 1; }));
+    EXPECT_EQ(witness->text(), "as");
+    EXPECT_EQ(std::ranges::count(witness->keys(), keys::a, &SeenKey::key), 2);
+    EXPECT_EQ(witness->presses(keys::space), 0U);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
+}
+
+TEST_F(TapTest, AKeyHeldSinceBeforeTheShortcutIsReleasedToItsApplication) {
+    install({.shortcuts = {controlAltSpace}});
+    typist->press(keys::a);
+    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::space));
+    ASSERT_TRUE(waitForEvents(keyDown, 1));
+    typist->release(keys::a);
+    EXPECT_TRUE(waitUntil([&] { return std::ranges::count(witness->keys(), keys::a, &SeenKey::key) == 2; }));
+    typist->play(Strokes().release(keys::space).release(keys::leftAlt).release(keys::leftControl));
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+}
+
+TEST_F(TapTest, TheKeyDoesNotRepeatIntoTheApplicationWhenTheModifiersAreReleasedFirst) {
+    server->setRepeat(60, 20);
+    install({.shortcuts = {controlAltSpace}});
+    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::space));
+    ASSERT_TRUE(waitForEvents(keyDown, 2));
+    typist->play(Strokes().release(keys::leftAlt).release(keys::leftControl));
+    EXPECT_TRUE(holdsFor([&] { return !witness->saw(keys::space); }, std::chrono::milliseconds(400)));
+    typist->release(keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_FALSE(witness->saw(keys::space));
+}
+
+TEST_F(TapTest, ARepeatOfAKeyThatTheApplicationHasSeenPressedStaysWithTheApplication) {
+    server->setRepeat(60, 20);
+    install({.shortcuts = {controlAltSpace}});
+    typist->press(keys::space);
+    ASSERT_TRUE(waitUntil([&] { return witness->presses(keys::space) >= 3; }));
+    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt));
+    const std::size_t before = witness->presses(keys::space);
+    ASSERT_TRUE(waitUntil([&] { return witness->presses(keys::space) > before + 3; }));
+    typist->release(keys::space);
+    const auto isSpaceRelease = [](const SeenKey& seen) { return seen.key == keys::space && !seen.isPress; };
+    EXPECT_TRUE(waitUntil([&] { return std::ranges::any_of(witness->keys(), isSpaceRelease); }));
+    EXPECT_TRUE(events.empty());
+    typist->play(Strokes().release(keys::leftAlt).release(keys::leftControl));
+}
+
+TEST_F(TapTest, ASecondShortcutWhileTheFirstIsHeldIsAskedForToo) {
+    const Shortcut controlAltK{40, {Modifiers::control, Modifiers::option}};
+    install({.shortcuts = {controlAltSpace, controlAltK}});
+    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::space));
+    ASSERT_TRUE(waitForEvents(keyDown, 1));
+    typist->press(keys::k);
+    ASSERT_TRUE(waitForEvents(keyDown, 2));
+    typist->play(Strokes().release(keys::space).release(keys::k).release(keys::leftAlt).release(keys::leftControl));
+    ASSERT_TRUE(waitForEvents(keyUp, 2));
+    EXPECT_FALSE(witness->saw(keys::space));
+    EXPECT_EQ(witness->presses(keys::k), 0U);
+}
+
+// Programs open their menu bar when Alt is tapped alone, and a swallowed key
+// looks to them as if it had been.
+TEST_F(TapTest, AltOfASwallowedShortcutIsNoLoneTapToTheApplication) {
+    install({.shortcuts = {controlAltSpace}});
+    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).tap(keys::space));
+    EXPECT_TRUE(waitUntil([&] { return witness->presses(keys::unmapped) == 1; }));
+    typist->play(Strokes().release(keys::leftAlt).release(keys::leftControl));
+    waitForEverythingTyped();
+    const std::vector<SeenKey>& seen = witness->keys();
+    const auto press = std::ranges::find(seen, keys::leftAlt, &SeenKey::key);
+    ASSERT_NE(press, seen.end());
+    EXPECT_EQ(std::next(press)->key, keys::unmapped);
+    EXPECT_EQ(std::ranges::count(seen, keys::unmapped, &SeenKey::key), 2);
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
+}
+
+TEST_F(TapTest, AShortcutWithoutAltOrSuperNeedsNoFiller) {
+    const Shortcut controlSpace{Shortcut::space, {Modifiers::control}};
+    install({.shortcuts = {controlSpace}});
+    typist->play(Strokes().press(keys::leftControl).tap(keys::space));
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    typist->release(keys::leftControl);
+    EXPECT_FALSE(witness->saw(keys::unmapped));
+}
+
+TEST_F(TapTest, WithAnotherProgramsMenuOpenTheShortcutIsDeliveredOnceAndNotSwallowed) {
+    install({.shortcuts = {controlAltSpace}});
+    ASSERT_TRUE(witness->grabKeyboard());
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
+    EXPECT_EQ(events[0].flags, controlAltFlags);
+    EXPECT_EQ(witness->presses(keys::space), 1U);
+    witness->ungrabKeyboard();
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 2));
+    waitForEverythingTyped();
+    EXPECT_EQ(types(), (Types{keyDown, keyUp, keyDown, keyUp}));
+    EXPECT_EQ(witness->presses(keys::space), 1U);
+}
+
+TEST_F(TapTest, ACombinationOfAnotherProgramIsLeftToItUntilItLetsGo) {
+    constexpr unsigned int controlMod1 = ControlMask | Mod1Mask;
+    ASSERT_TRUE(witness->grabKey(keys::space, controlMod1));
+    install({.shortcuts = {controlAltSpace}});
+    for (const std::size_t round : {1U, 2U}) {
+        typist->chord(controlAlt, keys::space);
+        ASSERT_TRUE(waitForEvents(keyUp, round));
+        ASSERT_TRUE(waitUntil([&] { return witness->presses(keys::space) == round; }));
+    }
+    XUngrabKey(witness->connection().display(), static_cast<int>(keys::space), controlMod1,
+               witness->connection().root());
+    witness->connection().synchronize();
+    // This press still finds no grab of ours, and that it is free.
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 3));
+    waitForEverythingTyped();
+    witness->clear();
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 4));
+    waitForEverythingTyped();
+    EXPECT_FALSE(witness->saw(keys::space));
+    EXPECT_EQ(count(keyDown), 4U);
+}
+
+TEST_F(TapTest, AnotherProgramCannotTakeACombinationThatTheTapHas) {
+    install({.shortcuts = {controlAltSpace}});
+    EXPECT_FALSE(witness->grabKey(keys::space, ControlMask | Mod1Mask));
+    tap->setInterest({});
+    EXPECT_TRUE(waitUntil([&] { return witness->grabKey(keys::space, ControlMask | Mod1Mask); }));
+}
+
+TEST_F(TapTest, WithABusyMainThreadTheKeyPassesAndIsNeverAskedForLater) {
+    install({.shortcuts = {controlAltSpace}});
+    const auto start = std::chrono::steady_clock::now();
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitWhileBusy([&] { return witness->presses(keys::space) == 1; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(400));
+    // Nothing waits a second time.
+    typist->chord(controlAlt, keys::space);
+    waitForEverythingTypedWhileBusy();
+    EXPECT_EQ(witness->presses(keys::space), 2U);
+
+    ASSERT_TRUE(waitForEvents(tapDisabledByTimeout, 1));
+    EXPECT_EQ(count(keyDown), 0U);
+    typist->chord(controlAlt, keys::space);
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::space), 3U);
+    EXPECT_EQ(count(keyDown), 0U);
+
+    tap->enable();
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::space), 3U);
+    EXPECT_EQ(count(tapDisabledByTimeout), 1U);
+}
+
+TEST_F(TapTest, ADecisionThatComesTooLateIsNotWaitedFor) {
+    install({.shortcuts = {controlAltSpace}});
+    decide = [&](const KeyEventFields&) {
+        EXPECT_TRUE(waitWhileBusy([&] { return witness->presses(keys::space) == 1; }));
+        return InterceptDecision::swallow;
+    };
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(tapDisabledByTimeout, 1));
+    tap->enable();
+    decide = [](const KeyEventFields&) { return InterceptDecision::swallow; };
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 2));
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::space), 1U);
+}
+
+TEST_F(TapTest, TheInterestFollowsWhatIsSet) {
+    const Shortcut controlK{40, {Modifiers::control}};
+    install({.shortcuts = {controlAltSpace}});
+    tap->setInterest({.shortcuts = {controlK}});
+    typist->chord(controlAlt, keys::space);
+    typist->chord(std::array{keys::leftControl}, keys::k);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_EQ(events[0].keyCode, 40);
+    EXPECT_EQ(witness->presses(keys::space), 1U);
+    EXPECT_EQ(witness->presses(keys::k), 0U);
+
+    tap->setInterest({});
+    typist->chord(std::array{keys::leftControl}, keys::k);
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::k), 1U);
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
+}
+
+TEST_F(TapTest, AReleaseIsDeliveredThoughTheInterestHasEndedMeanwhile) {
+    install({.shortcuts = {controlAltSpace}});
+    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::space));
+    ASSERT_TRUE(waitForEvents(keyDown, 1));
+    tap->setInterest({});
+    typist->play(Strokes().release(keys::space).release(keys::leftAlt).release(keys::leftControl));
+    EXPECT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_FALSE(witness->saw(keys::space));
+}
+
+TEST_F(TapTest, TheEndOfTheTapGivesTheKeysBack) {
+    install({.shortcuts = {controlAltSpace}});
+    tap.reset();
+    typist->chord(controlAlt, keys::space);
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::space), 1U);
+}
+
+TEST_F(TapTest, TheEndOfTheTapFreesAKeyThatWaitsForADecision) {
+    install({.shortcuts = {controlAltSpace}});
+    typist->chord(controlAlt, keys::space);
+    // Time for the tap to stand still at it; the main thread never looks.
+    ASSERT_TRUE(waitWhileBusy([&] { return witness->presses(keys::leftAlt) == 1; }));
+    tap.reset();
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::space), 1U);
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(TapTest, InstallingIsRefusedWithoutAServerAndWorksOnceThereIsOne) {
+    qputenv("DISPLAY", ":999");
+    X11EventTap late;
+    late.setInterest({.shortcuts = {controlAltSpace}});
+    const auto note = [this](const KeyEventFields& event) {
+        events.push_back(event);
+        return InterceptDecision::swallow;
+    };
+    EXPECT_FALSE(late.install(note));
+    qputenv("DISPLAY", server->display().c_str());
+    ASSERT_TRUE(late.install(note));
+    typist->chord(controlAlt, keys::space);
+    EXPECT_TRUE(waitForEvents(keyUp, 1));
+}
+
+TEST_F(TapTest, ChangesOfTheLayoutsLeaveTheShortcutWorking) {
+    install({.shortcuts = {controlAltSpace}});
+    std::size_t round = 0;
+    for (const char* layouts : {"us,ua", "us,ua,de,fr", "fr"}) {
+        server->setLayouts(layouts);
+        typist->chord(controlAlt, keys::space);
+        ASSERT_TRUE(waitForEvents(keyUp, ++round)) << layouts;
+    }
+    waitForEverythingTyped();
+    EXPECT_FALSE(witness->saw(keys::space));
+}
+
+TEST_F(TapTest, ModifiersAreWhereTheUserHasPutThem) {
+    install({.shortcuts = {controlAltSpace}});
+    setKeymap({"-layout", "us", "-option", "altwin:swap_alt_win"});
+    // The map settles before the grabs follow.
+    ASSERT_TRUE(waitUntil([&] {
+        typist->chord(std::array{keys::leftControl, keys::leftSuper}, keys::space);
+        return count(keyUp) > 0;
+    }));
+    waitForEverythingTyped();
+    witness->clear();
+    typist->chord(controlAlt, keys::space);
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::space), 1U);
+
+    setKeymap({"-layout", "us", "-option", "", "-option", "ctrl:nocaps"});
+    const std::size_t before = count(keyUp);
+    EXPECT_TRUE(waitUntil([&] {
+        typist->chord(std::array{keys::capsLock, keys::leftAlt}, keys::space);
+        return count(keyUp) > before;
+    }));
+}
+
+TEST_F(TapTest, CommandIsTheSuperKey) {
+    install({.shortcuts = {{Shortcut::space, {Modifiers::command}}}});
+    typist->chord(std::array{keys::leftSuper}, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    EXPECT_EQ(events[0].flags, KeyEventFlags::command);
+}
+
+TEST_F(TapTest, AltGrIsNoOption) {
+    server->setLayouts("de");
+    install({.shortcuts = {controlAltSpace}});
+    typist->chord(std::array{keys::leftControl, keys::rightAlt}, keys::space);
+    waitForEverythingTyped();
+    typist->chord(std::array{keys::leftControl, keys::leftAlt, keys::rightAlt}, keys::space);
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::space), 2U);
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(TapTest, AFnTapIsDeliveredAsFlagsAndReachesTheApplication) {
+    install({.shortcuts = {Shortcut::fn}});
+    typist->tap(keys::fn);
+    ASSERT_TRUE(waitForEvents(flagsChanged, 2));
+    EXPECT_EQ(types(), (Types{flagsChanged, flagsChanged}));
+    EXPECT_EQ(events[0].flags, KeyEventFlags::secondaryFn);
+    EXPECT_EQ(events[1].flags, 0U);
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->presses(keys::fn), 1U);
+}
+
+TEST_F(TapTest, WhileFnIsDownOtherKeysAreDeliveredWithoutTheirNames) {
+    install({.shortcuts = {Shortcut::fn}});
+    typist->tap(keys::a);
+    typist->play(Strokes().press(keys::fn).tap(keys::a).tap(keys::leftShift).release(keys::fn).tap(keys::a));
+    ASSERT_TRUE(waitForEvents(flagsChanged, 4));
+    waitForEverythingTyped();
+    EXPECT_EQ(types(), (Types{flagsChanged, systemDefined, flagsChanged, flagsChanged, flagsChanged}));
+    EXPECT_EQ(events[1].keyCode, 0);
+    EXPECT_EQ(events[2].flags, KeyEventFlags::secondaryFn | KeyEventFlags::shift);
+    EXPECT_EQ(events[3].flags, KeyEventFlags::secondaryFn);
+}
+
+TEST_F(TapTest, FnCarriesTheModifiersThatAreHeld) {
+    install({.shortcuts = {Shortcut::fn}});
+    typist->chord(std::array{keys::leftSuper}, keys::fn);
+    ASSERT_TRUE(waitForEvents(flagsChanged, 2));
+    EXPECT_EQ(events[0].flags, KeyEventFlags::secondaryFn | KeyEventFlags::command);
+}
+
+TEST_F(TapTest, FnIsLetGoWhenItIsNoLongerOfInterest) {
+    install({.shortcuts = {Shortcut::fn}});
+    typist->press(keys::fn);
+    ASSERT_TRUE(waitForEvents(flagsChanged, 1));
+    tap->setInterest({.shortcuts = {controlAltSpace}});
+    ASSERT_TRUE(waitForEvents(flagsChanged, 2));
+    EXPECT_EQ(types(), (Types{flagsChanged, systemDefined, flagsChanged}));
+    EXPECT_EQ(events[2].flags, 0U);
+    typist->release(keys::fn);
+    waitForEverythingTyped();
+    EXPECT_EQ(events.size(), 3U);
+}
+
+class RecordingTapTest : public TapTest {
+protected:
+    static KeyInterest everything() { return {.shortcuts = {}, .everyKey = true}; }
+};
+
+TEST_F(RecordingTapTest, EveryKeyIsAskedForAndReachesNoApplication) {
+    install(everything());
+    typist->play(Strokes().tap(keys::a).chord(controlAlt, keys::k));
+    ASSERT_TRUE(waitForEvents(keyUp, 2));
+    EXPECT_EQ(types(), (Types{keyDown, keyUp, keyDown, keyUp}));
+    EXPECT_EQ(events[0].keyCode, 0);
+    EXPECT_EQ(events[2].keyCode, 40);
+    EXPECT_EQ(events[2].flags, controlAltFlags);
+    tap->setInterest({});
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->text(), "x");
+}
+
+TEST_F(RecordingTapTest, ItEndsWhenTheLastKeyIsUp) {
+    install(everything());
+    // Taking the key ends the recording, as the program's recorder does.
+    decide = [&](const KeyEventFields&) {
+        tap->setInterest({});
+        return InterceptDecision::swallow;
+    };
+    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::k));
+    ASSERT_TRUE(waitForEvents(keyDown, 1));
+    typist->play(Strokes().release(keys::k).release(keys::leftAlt).release(keys::leftControl));
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->text(), "x");
+    for (const Key key : {keys::k, keys::leftAlt, keys::leftControl})
+        EXPECT_FALSE(witness->saw(key)) << key;
+}
+
+TEST_F(RecordingTapTest, ALetterTypedBeforeTheLastKeyIsUpIsNotLost) {
+    install(everything());
+    decide = [&](const KeyEventFields&) {
+        tap->setInterest({});
+        return InterceptDecision::swallow;
+    };
+    typist->play(Strokes().press(keys::leftControl).press(keys::k));
+    ASSERT_TRUE(waitForEvents(keyDown, 1));
+    typist->play(Strokes().release(keys::leftControl).tap(keys::a).release(keys::k));
+    ASSERT_TRUE(waitUntil([&] { return witness->presses(keys::a) == 1; }));
+    EXPECT_EQ(witness->text(), "a");
+}
+
+TEST_F(RecordingTapTest, APassedKeyReachesTheApplicationAndTheRecordingGoesOn) {
+    install(everything());
+    decide = [](const KeyEventFields& event) {
+        return event.keyCode == 0 ? InterceptDecision::pass : InterceptDecision::swallow;
+    };
+    typist->play(Strokes().tap(keys::a));
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    ASSERT_TRUE(waitUntil([&] { return std::ranges::count(witness->keys(), keys::a, &SeenKey::key) == 2; }));
+    typist->tap(keys::k);
+    ASSERT_TRUE(waitForEvents(keyUp, 2));
+    tap->setInterest({});
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->text(), "ax");
+}
+
+TEST_F(RecordingTapTest, AKeyThatIsDownWhenItBeginsIsReleasedToItsApplication) {
+    install({});
+    typist->press(keys::a);
+    ASSERT_TRUE(waitUntil([&] { return witness->presses(keys::a) == 1; }));
+    tap->setInterest(everything());
+    typist->release(keys::a);
+    EXPECT_TRUE(waitUntil([&] { return std::ranges::count(witness->keys(), keys::a, &SeenKey::key) == 2; }));
+    typist->tap(keys::k);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    EXPECT_FALSE(witness->saw(keys::k));
+}
+
+TEST_F(RecordingTapTest, ItWaitsForAnotherProgramToGiveTheKeyboardBack) {
+    ASSERT_TRUE(witness->grabKeyboard());
+    install(everything());
+    typist->tap(keys::a);
+    // Seen all the same, since nothing can be swallowed now.
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    EXPECT_EQ(witness->presses(keys::a), 1U);
+    witness->ungrabKeyboard();
+    EXPECT_TRUE(waitUntil([&] {
+        witness->clear();
+        typist->tap(keys::k);
+        const std::size_t before = count(keyUp);
+        return waitForEvents(keyUp, before + 1) && !witness->saw(keys::k);
+    }));
+}
+
+TEST_F(RecordingTapTest, ALoneFnTapIsDelivered) {
+    install(everything());
+    typist->tap(keys::fn);
+    ASSERT_TRUE(waitForEvents(flagsChanged, 2));
+    EXPECT_EQ(types(), (Types{flagsChanged, flagsChanged}));
+}
+
+TEST_F(RecordingTapTest, WithABusyMainThreadKeysPassUntilItIsEnabledAgain) {
+    install(everything());
+    typist->tap(keys::a);
+    ASSERT_TRUE(waitWhileBusy([&] { return witness->presses(keys::a) == 1; }));
+    waitForEverythingTypedWhileBusy();
+    ASSERT_TRUE(waitForEvents(tapDisabledByTimeout, 1));
+    EXPECT_EQ(types(), Types{tapDisabledByTimeout});
+    tap->enable();
+    EXPECT_TRUE(waitUntil([&] {
+        typist->tap(keys::k);
+        return count(keyDown) > 0;
+    }));
+}
+
+}  // namespace
+
+}  // namespace quillmere::support
