@@ -1,5 +1,6 @@
 #include "Quillmere/Menu/StatusItem.h"
 
+#include "Quillmere/Controls/WidgetPalette.h"
 #include "Quillmere/Menu/StatusIcon.h"
 
 #include <QAction>
@@ -64,6 +65,7 @@ void StatusItem::buildMenu() {
 
 void StatusItem::menuWillOpen() {
     activeItem_->setChecked(model_.config().active);
+    menu_->setPalette(widgetPalette());
 }
 
 void StatusItem::showInTray() {

@@ -1,5 +1,6 @@
 #include "Quillmere/Menu/StatusItem.h"
 
+#include "Quillmere/Palette.h"
 #include "Tests/Support/FakeAppearance.h"
 #include "Tests/Support/FakeInputSourceService.h"
 #include "Tests/Support/FakeTrayHost.h"
@@ -144,6 +145,16 @@ TEST_F(StatusItemTest, TheIconIsDarkOnLightDesktopsAndLightOnDarkOnes) {
     EXPECT_GT(ink(*item).lightness(), 195);
     appearance.setDark(false);
     EXPECT_LT(ink(*item).lightness(), 60);
+}
+
+TEST_F(StatusItemTest, TheMenuOpensInTheColorsOfTheMoment) {
+    const auto item = makeItem();
+    emit item->menu().aboutToShow();
+    EXPECT_GT(item->menu().palette().color(QPalette::Window).lightness(), 195);
+    Palette::setDark(true);
+    emit item->menu().aboutToShow();
+    EXPECT_LT(item->menu().palette().color(QPalette::Window).lightness(), 60);
+    Palette::setDark(false);
 }
 
 TEST_F(StatusItemTest, ALeftClickOpensTheMenu) {
