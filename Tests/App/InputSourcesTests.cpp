@@ -6,7 +6,6 @@
 namespace quillmere {
 namespace {
 
-
 std::vector<std::string> ids(const std::vector<SourceInfo>& sources) {
     std::vector<std::string> result;
     for (const SourceInfo& source : sources)

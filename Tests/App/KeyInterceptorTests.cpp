@@ -7,7 +7,6 @@
 namespace quillmere {
 namespace {
 
-
 constexpr InterceptDecision pass = InterceptDecision::pass;
 constexpr InterceptDecision swallow = InterceptDecision::swallow;
 constexpr std::uint64_t controlOption = KeyEventFlags::control | KeyEventFlags::option;
