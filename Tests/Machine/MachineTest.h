@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Tests/Machine/Desk.h"
+#include "Tests/Machine/Monitor.h"
+#include "Tests/Machine/Session.h"
+#include "Tests/Machine/TapOwner.h"
+#include "Tests/Machine/VirtualKeyboard.h"
+#include "Tests/Support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include <linux/input-event-codes.h>
+
+namespace quillmere::machine {
+
+using support::holdsFor;
+using support::waitUntil;
+
+/// The keyboard that is always there.
+inline constexpr const char* builtInKeyboard = "AT Translated Set 2 keyboard";
+/// Those that the monitor plugs in.
+inline constexpr const char* usbKeyboard = "QEMU QEMU USB Keyboard";
+
+/// A case on the machine: people's hands on the keyboards on one side, a
+/// desktop that sees what the kernel lets through on the other.
+class MachineTest : public testing::Test {
+protected:
+    static Monitor& monitor();
+    /// The session of `writer` on the first terminal, which lasts as long as
+    /// the machine.
+    static Session& session();
+
+    /// After every case: no key is down, and typing works.
+    void TearDown() override;
+
+    /// Types with the keyboard that was plugged in last, and waits until the
+    /// desktop has got exactly that and nothing else.
+    testing::AssertionResult arrives(const std::vector<KeyStroke>& strokes);
+    /// Waits until the desktop has got exactly these.
+    testing::AssertionResult hasGot(const std::vector<KeyStroke>& strokes);
+
+    /// Whether what is typed now comes to the desktop through a clone. Types to
+    /// find out, and clears the desk.
+    bool goesThroughClone();
+    testing::AssertionResult becomesGrabbed();
+    testing::AssertionResult becomesFree();
+
+    Desk desk_;
+};
+
+}  // namespace quillmere::machine

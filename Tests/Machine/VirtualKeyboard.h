@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Tests/Machine/Monitor.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quillmere::machine {
+
+/// An input device made by the test itself: for keys that the emulated
+/// keyboards lack, and for typing with every event counted. Repeats by itself
+/// like a USB keyboard.
+class VirtualKeyboard {
+public:
+    /// How the place begins that such a device says it is plugged in.
+    static constexpr const char* place = "machine-test/";
+
+    struct Form {
+        std::string name;
+        /// Beyond the keys of a usual keyboard.
+        std::vector<std::uint16_t> moreKeys;
+        bool hasWheel = false;
+        bool hasLeds = false;
+    };
+
+    /// Throws SupportError.
+    explicit VirtualKeyboard(const Form& form);
+    ~VirtualKeyboard();
+    VirtualKeyboard(const VirtualKeyboard&) = delete;
+    VirtualKeyboard& operator=(const VirtualKeyboard&) = delete;
+
+    /// Each stroke as a report of its own; returns when the first was sent
+    /// (monotonic).
+    std::chrono::nanoseconds type(const std::vector<KeyStroke>& strokes);
+    void turnWheel(std::int32_t steps);
+    /// One event and its report.
+    void send(std::uint16_t type, std::uint16_t code, std::int32_t value);
+
+    /// Whether the computer has lit this LED.
+    bool isLit(std::uint16_t led);
+
+private:
+    int descriptor_ = -1;
+    std::uint32_t lit_ = 0;
+};
+
+}  // namespace quillmere::machine
