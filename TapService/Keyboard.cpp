@@ -1,0 +1,168 @@
+#include "TapService/Keyboard.h"
+
+#include "TapService/Clock.h"
+#include "TapService/Log.h"
+
+#include <fcntl.h>
+#include <libevdev/libevdev.h>
+#include <linux/input.h>
+#include <sys/epoll.h>
+#include <sys/ioctl.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+namespace quillmere::tap {
+
+namespace {
+
+FileDescriptor openNode(const std::string& node) {
+    return FileDescriptor(::open(node.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+}
+
+KeySet keysDown(const libevdev* device) {
+    KeySet down;
+    for (unsigned int code = 0; code < keyCodeLimit; ++code)
+        down.set(code, libevdev_get_event_value(device, EV_KEY, code) != 0);
+    return down;
+}
+
+Time timeOf(const input_event& event) {
+    return std::chrono::seconds(event.input_event_sec) + std::chrono::microseconds(event.input_event_usec);
+}
+
+}  // namespace
+
+void Keyboard::FreeDevice::operator()(libevdev* device) const {
+    libevdev_free(device);
+}
+
+Keyboard::Keyboard(sd_event* loop, std::string node, Handlers handlers)
+    : loop_(loop), node_(std::move(node)), handlers_(std::move(handlers)) {}
+
+Keyboard::~Keyboard() {
+    close();
+}
+
+std::optional<KeySet> Keyboard::keysOf(const std::string& node) {
+    const FileDescriptor file = openNode(node);
+    libevdev* opened = nullptr;
+    if (!file || libevdev_new_from_fd(file.get(), &opened) < 0) return std::nullopt;
+    const Device device(opened);
+    KeySet keys;
+    for (unsigned int code = 0; code < keyCodeLimit; ++code)
+        keys.set(code, libevdev_has_event_code(opened, EV_KEY, code) != 0);
+    return keys;
+}
+
+std::optional<KeySet> Keyboard::open() {
+    file_ = openNode(node_);
+    libevdev* opened = nullptr;
+    int status = file_ ? libevdev_new_from_fd(file_.get(), &opened) : -errno;
+    device_.reset(opened);
+    // The default is the wall clock, which jumps.
+    if (status >= 0) status = libevdev_set_clock_id(opened, CLOCK_MONOTONIC);
+    if (status >= 0) {
+        sd_event_source* source = nullptr;
+        const auto handler = [](sd_event_source*, int, std::uint32_t, void* self) {
+            static_cast<Keyboard*>(self)->read();
+            return 0;
+        };
+        status = sd_event_add_io(loop_, &source, file_.get(), EPOLLIN, handler, this);
+        source_.reset(source);
+    }
+    // Before anything that a client could keep the service busy with.
+    if (status >= 0) status = sd_event_source_set_priority(source_.get(), SD_EVENT_PRIORITY_IMPORTANT);
+    if (status < 0) {
+        Log::warning("Cannot read " + node_, status);
+        close();
+        return std::nullopt;
+    }
+    return keysDown(opened);
+}
+
+void Keyboard::close() {
+    if (isGrabbed_) ungrab(true);
+    source_.reset();
+    device_.reset();
+    file_.reset();
+}
+
+void Keyboard::read() {
+    bool isResynchronizing = false;
+    // An event may close this.
+    while (device_ && readOne(isResynchronizing)) {
+    }
+}
+
+bool Keyboard::readOne(bool& isResynchronizing) {
+    input_event raw{};
+    const auto flag = isResynchronizing ? LIBEVDEV_READ_FLAG_SYNC : LIBEVDEV_READ_FLAG_NORMAL;
+    const int status = libevdev_next_event(device_.get(), flag, &raw);
+    if (status == -EAGAIN) return std::exchange(isResynchronizing, false);
+    if (status < 0) {
+        gone();
+        return false;
+    }
+    const bool isDifference = status == LIBEVDEV_READ_STATUS_SYNC;
+    if (isDifference && raw.type == EV_SYN && raw.code == SYN_DROPPED) {
+        // The kernel's buffer has overflown. What has changed meanwhile comes
+        // as events that happen now.
+        isResynchronizing = true;
+        return true;
+    }
+    handlers_.onEvent({raw.type, raw.code, raw.value, isDifference ? monotonicNow() : timeOf(raw)});
+    return true;
+}
+
+void Keyboard::gone() {
+    // Or the loop would call for it without end.
+    source_.reset();
+    isGrabbed_ = false;
+    const auto onGone = handlers_.onGone;
+    onGone();
+}
+
+bool Keyboard::isQuiet() const {
+    std::array<unsigned char, keyCodeLimit / 8> down{};
+    if (libevdev_has_event_pending(device_.get()) != 0) return false;
+    if (::ioctl(file_.get(), EVIOCGKEY(down.size()), down.data()) < 0) return false;
+    return std::ranges::all_of(down, [](unsigned char byte) { return byte == 0; });
+}
+
+std::optional<Time> Keyboard::grab() {
+    if (!isQuiet()) return std::nullopt;
+    const Time since = monotonicNow();
+    if (const int status = libevdev_grab(device_.get(), LIBEVDEV_GRAB); status < 0) {
+        if (!std::exchange(hasComplained_, true)) Log::notice("Cannot hold back keys of " + node_, status);
+        return std::nullopt;
+    }
+    isGrabbed_ = true;
+    // A key may just have gone down, and everybody has seen it.
+    if (isQuiet()) return since;
+    ungrab(true);
+    return std::nullopt;
+}
+
+std::optional<Time> Keyboard::ungrab(bool force) {
+    if (!force && libevdev_has_event_pending(device_.get()) != 0) return std::nullopt;
+    // It fails only for a device that has gone, and whose grab has gone with it.
+    libevdev_grab(device_.get(), LIBEVDEV_UNGRAB);
+    isGrabbed_ = false;
+    return monotonicNow();
+}
+
+void Keyboard::set(std::uint16_t type, std::uint16_t code, std::int32_t value) {
+    std::array<input_event, 2> events{};
+    events[0].type = type;
+    events[0].code = code;
+    events[0].value = value;
+    events[1].type = EV_SYN;
+    events[1].code = SYN_REPORT;
+    // A light that cannot be set is no reason to do anything.
+    if (file_ && ::write(file_.get(), events.data(), sizeof events) < 0) return;
+}
+
+}  // namespace quillmere::tap

@@ -1,0 +1,172 @@
+#include "TapService/KeyboardClone.h"
+
+#include "TapService/Clock.h"
+#include "TapService/Log.h"
+
+#include <fcntl.h>
+#include <libevdev/libevdev-uinput.h>
+#include <libevdev/libevdev.h>
+#include <linux/input.h>
+#include <linux/uinput.h>
+#include <sys/epoll.h>
+#include <sys/inotify.h>
+#include <sys/ioctl.h>
+
+#include <array>
+#include <cerrno>
+#include <utility>
+
+namespace quillmere::tap {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// Nobody tells when a desktop reads a new keyboard. It has opened the node
+// before, perhaps more than once; this long after the last time it is ready.
+constexpr Time quietAfterOpening = 200ms;
+// Where nobody opens it (a text console needs no node) ...
+constexpr Time longestOpening = 1500ms;
+// ... or udev does not answer.
+constexpr Time longestAppearing = 5s;
+
+// Only as long as nobody reports a frame; no device has as many axes and keys.
+constexpr std::size_t longestFrame = 1024;
+
+input_event rawEvent(const InputEvent& event) {
+    input_event raw{};
+    // The kernel keeps the time of what happened, and with it the rhythm.
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(event.time);
+    raw.input_event_sec = seconds.count();
+    raw.input_event_usec = std::chrono::floor<std::chrono::microseconds>(event.time - seconds).count();
+    raw.type = event.type;
+    raw.code = event.code;
+    raw.value = event.value;
+    return raw;
+}
+
+}  // namespace
+
+void KeyboardClone::FreeDevice::operator()(libevdev_uinput* device) const {
+    libevdev_uinput_destroy(device);
+}
+
+KeyboardClone::KeyboardClone(sd_event* loop, Handlers handlers) : loop_(loop), handlers_(std::move(handlers)) {}
+
+KeyboardClone::~KeyboardClone() = default;
+
+std::unique_ptr<KeyboardClone> KeyboardClone::make(sd_event* loop, libevdev* original, Handlers handlers) {
+    std::unique_ptr<KeyboardClone> clone(new KeyboardClone(loop, std::move(handlers)));
+    if (!clone->create(original) || !clone->watchOutput()) return nullptr;
+    clone->copyRepeat(original);
+    clone->becomeReadyIn(longestAppearing);
+    return clone;
+}
+
+bool KeyboardClone::create(libevdev* original) {
+    file_ = FileDescriptor(::open("/dev/uinput", O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    if (!file_ || ::ioctl(file_.get(), UI_SET_PHYS, mark) < 0) {
+        Log::warning("Cannot use /dev/uinput, so no key can be held back", errno);
+        return false;
+    }
+    // uinput wants to be told how to play effects, which no keyboard has.
+    libevdev_disable_event_type(original, EV_FF);
+    libevdev_uinput* device = nullptr;
+    const int status = libevdev_uinput_create_from_device(original, file_.get(), &device);
+    device_.reset(device);
+    if (status < 0) Log::warning("Cannot make a virtual keyboard", status);
+    return status >= 0;
+}
+
+void KeyboardClone::copyRepeat(const libevdev* original) {
+    int delay = 0;
+    int period = 0;
+    if (libevdev_get_repeat(original, &delay, &period) < 0) return;
+    const Time now = monotonicNow();
+    forward({EV_REP, REP_DELAY, delay, now});
+    forward({EV_REP, REP_PERIOD, period, now});
+    forward({EV_SYN, SYN_REPORT, 0, now});
+}
+
+std::string KeyboardClone::path() const {
+    const char* path = libevdev_uinput_get_syspath(device_.get());
+    return path == nullptr ? "" : path;
+}
+
+bool KeyboardClone::watchOutput() {
+    sd_event_source* source = nullptr;
+    const auto handler = [](sd_event_source*, int, std::uint32_t, void* self) {
+        static_cast<KeyboardClone*>(self)->readOutput();
+        return 0;
+    };
+    const int status = sd_event_add_io(loop_, &source, file_.get(), EPOLLIN, handler, this);
+    output_.reset(source);
+    if (status < 0) Log::warning("Cannot watch a virtual keyboard", status);
+    return status >= 0;
+}
+
+void KeyboardClone::readOutput() {
+    std::array<input_event, 16> events{};
+    const ssize_t size = ::read(file_.get(), events.data(), sizeof events);
+    if (size < 0) {
+        if (errno != EAGAIN && errno != EINTR) output_.reset();
+        return;
+    }
+    const auto count = static_cast<std::size_t>(size) / sizeof(input_event);
+    for (std::size_t index = 0; index < count; ++index) {
+        const input_event& event = events.at(index);
+        if (event.type == EV_LED || event.type == EV_SND) handlers_.onOutput(event.type, event.code, event.value);
+    }
+}
+
+void KeyboardClone::appeared() {
+    if (isReady_ || opening_) return;
+    watchOpening();
+    becomeReadyIn(longestOpening);
+}
+
+void KeyboardClone::watchOpening() {
+    const char* node = libevdev_uinput_get_devnode(device_.get());
+    if (node == nullptr) return;
+    sd_event_source* source = nullptr;
+    const auto handler = [](sd_event_source*, const inotify_event*, void* self) {
+        static_cast<KeyboardClone*>(self)->becomeReadyIn(quietAfterOpening);
+        return 0;
+    };
+    if (sd_event_add_inotify(loop_, &source, node, IN_OPEN, handler, this) >= 0) opening_.reset(source);
+}
+
+void KeyboardClone::becomeReadyIn(Time delay) {
+    sd_event_source* source = nullptr;
+    const auto handler = [](sd_event_source*, std::uint64_t, void* self) {
+        auto* clone = static_cast<KeyboardClone*>(self);
+        clone->timer_.reset();
+        clone->opening_.reset();
+        clone->isReady_ = true;
+        // A copy: the clone may be destroyed by what follows.
+        const auto onReady = clone->handlers_.onReady;
+        onReady();
+        return 0;
+    };
+    const int status =
+        sd_event_add_time(loop_, &source, CLOCK_MONOTONIC, microseconds(monotonicNow() + delay), 1000, handler, this);
+    timer_.reset(source);
+    if (status < 0) Log::warning("Cannot set a timer", status);
+}
+
+void KeyboardClone::forward(const InputEvent& event) {
+    frame_.push_back(rawEvent(event));
+    const bool isReport = event.type == EV_SYN && event.code == SYN_REPORT;
+    if (isReport || frame_.size() >= longestFrame) write();
+}
+
+void KeyboardClone::write() {
+    // One call for a frame: half the cost of one for each event.
+    const std::size_t size = frame_.size() * sizeof(input_event);
+    const ssize_t written = ::write(file_.get(), frame_.data(), size);
+    frame_.clear();
+    if (written == static_cast<ssize_t>(size) || std::exchange(hasFailed_, true)) return;
+    Log::warning("Cannot send through a virtual keyboard", written < 0 ? errno : EIO);
+}
+
+}  // namespace quillmere::tap

@@ -1,0 +1,110 @@
+#include "TapService/LinuxKeyboards.h"
+
+#include "TapService/Log.h"
+
+#include <algorithm>
+#include <ranges>
+
+namespace quillmere::tap {
+
+LinuxKeyboards::LinuxKeyboards(sd_event* loop)
+    : loop_(loop),
+      monitor_({
+          .onFound = [this](const std::string& path, const std::string& node) { found(path, node); },
+          .onRemoved = [this](const std::string& path) { removed(path); },
+          .onClone = [this](const std::string& path) { cloneAppeared(path); },
+      }) {}
+
+bool LinuxKeyboards::start(KeyboardSink& sink) {
+    sink_ = &sink;
+    return monitor_.start(loop_);
+}
+
+void LinuxKeyboards::found(const std::string& path, const std::string& node) {
+    const std::optional<KeySet> keys = Keyboard::keysOf(node);
+    if (!keys) {
+        Log::warning("Cannot ask " + node + " for its keys", errno);
+        return;
+    }
+    for (const auto& [id, entry] : entries_) {
+        if (entry.path != path || entry.isRemoved) continue;
+        if (entry.keys == *keys) return;
+        // Its keys were renamed, as udev does on request: a new device.
+        remove(id);
+        break;
+    }
+    const DeviceId id = ++lastId_;
+    Keyboard::Handlers handlers{
+        .onEvent = [this, id](const InputEvent& event) { sink_->deviceEvent(id, event); },
+        .onGone = [this, id] { remove(id); },
+    };
+    entries_.emplace(id, Entry{path, *keys, std::make_unique<Keyboard>(loop_, node, std::move(handlers)), nullptr});
+    sink_->deviceAdded(id, *keys);
+}
+
+void LinuxKeyboards::removed(const std::string& path) {
+    const auto entry = std::ranges::find_if(entries_, [&path](const auto& candidate) {
+        return candidate.second.path == path && !candidate.second.isRemoved;
+    });
+    if (entry != entries_.end()) remove(entry->first);
+}
+
+void LinuxKeyboards::remove(DeviceId device) {
+    const auto entry = entries_.find(device);
+    if (entry == entries_.end() || entry->second.isRemoved) return;
+    entry->second.isRemoved = true;
+    sink_->deviceRemoved(device);
+}
+
+void LinuxKeyboards::cloneAppeared(const std::string& path) {
+    for (const Entry& entry : entries_ | std::views::values) {
+        if (entry.clone && entry.clone->path() == path) entry.clone->appeared();
+    }
+}
+
+void LinuxKeyboards::dropClones() {
+    for (Entry& entry : entries_ | std::views::values) {
+        if (!entry.keyboard->isGrabbed()) entry.clone.reset();
+    }
+}
+
+std::optional<KeySet> LinuxKeyboards::open(DeviceId device) {
+    return entries_.at(device).keyboard->open();
+}
+
+void LinuxKeyboards::close(DeviceId device) {
+    entries_.at(device).keyboard->close();
+}
+
+CloneState LinuxKeyboards::prepareClone(DeviceId device) {
+    Entry& entry = entries_.at(device);
+    if (!entry.clone) {
+        KeyboardClone::Handlers handlers{
+            .onReady = [this, device] { sink_->cloneMade(device, true); },
+            .onOutput = [keyboard = entry.keyboard.get()](std::uint16_t type, std::uint16_t code,
+                                                          std::int32_t value) { keyboard->set(type, code, value); },
+        };
+        entry.clone = KeyboardClone::make(loop_, entry.keyboard->description(), std::move(handlers));
+    }
+    if (!entry.clone) return CloneState::failed;
+    return entry.clone->isReady() ? CloneState::ready : CloneState::making;
+}
+
+std::optional<Time> LinuxKeyboards::grab(DeviceId device) {
+    return entries_.at(device).keyboard->grab();
+}
+
+std::optional<Time> LinuxKeyboards::ungrab(DeviceId device, bool force) {
+    return entries_.at(device).keyboard->ungrab(force);
+}
+
+void LinuxKeyboards::forward(DeviceId device, const InputEvent& event) {
+    Entry& entry = entries_.at(device);
+    if (entry.clone) entry.clone->forward(event);
+}
+
+void LinuxKeyboards::forget(DeviceId device) {
+    entries_.erase(device);
+}
+
+}  // namespace quillmere::tap

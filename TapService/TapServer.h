@@ -1,0 +1,61 @@
+#pragma once
+
+#include "TapService/Handles.h"
+#include "TapService/Keyboards.h"
+#include "TapService/Sessions.h"
+#include "TapService/TapChannel.h"
+#include "TapService/TapEngine.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quillmere::tap {
+
+/// Brings keyboards, channels and sessions together: the tap of whoever sits
+/// in front of the machine owns the engine.
+class TapServer : public KeyboardSink {
+public:
+    TapServer(sd_event* loop, Keyboards& keyboards, Sessions& sessions);
+    ~TapServer() override;
+
+    /// False when there is no way to find the keyboards.
+    bool start();
+
+    /// Opens a tap for this session of the user, in place of an earlier one;
+    /// returns the program's end of the channel, none when there are no
+    /// descriptors left. The caller has made sure that it may.
+    FileDescriptor openTap(uid_t user, const std::string& session);
+    /// Closes the taps for whose users `mayKeep` says false.
+    void closeTaps(const std::function<bool(uid_t)>& mayKeep);
+
+    std::size_t tapCount() const { return channels_.size(); }
+    /// A tap was opened or closed.
+    std::function<void()> onTapCountChange;
+
+    void deviceAdded(DeviceId device, const KeySet& keys) override;
+    void deviceRemoved(DeviceId device) override;
+    void deviceEvent(DeviceId device, const InputEvent& event) override;
+    void cloneMade(DeviceId device, bool ready) override;
+
+private:
+    bool handle(TapChannel& channel, const ClientMessage& message);
+    bool handleVerdict(TapChannel& channel, const Verdict& verdict);
+    void closed(TapChannel& channel);
+    void erase(TapChannel& channel);
+    void chooseOwner();
+    /// After anything that may have moved the engine.
+    void follow();
+    void armTimer();
+
+    sd_event* loop_;
+    Keyboards& keyboards_;
+    Sessions& sessions_;
+    TapEngine engine_;
+    std::vector<std::unique_ptr<TapChannel>> channels_;
+    TapChannel* owner_ = nullptr;
+    EventSource timer_;
+};
+
+}  // namespace quillmere::tap

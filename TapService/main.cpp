@@ -1,0 +1,126 @@
+#include "TapService/GrantStore.h"
+#include "TapService/Handles.h"
+#include "TapService/KeyTapObject.h"
+#include "TapService/LinuxKeyboards.h"
+#include "TapService/Log.h"
+#include "TapService/LoginSessions.h"
+#include "TapService/TapServer.h"
+
+#include <signal.h>
+#include <systemd/sd-daemon.h>
+
+namespace quillmere::tap {
+namespace {
+
+constexpr std::uint64_t idleMicroseconds = 30'000'000;
+constexpr int failure = 1;
+constexpr int usage = 2;
+
+/// Ends the service when it has had nothing to do for a while; the bus starts
+/// it again when it is needed.
+class IdleExit {
+public:
+    IdleExit(sd_event* loop, sd_bus* bus, const KeyTapObject& object, const TapServer& server)
+        : loop_(loop), bus_(bus), object_(object), server_(server) {}
+
+    void arm() {
+        sd_event_source* source = nullptr;
+        const auto handler = [](sd_event_source*, std::uint64_t, void* self) {
+            static_cast<IdleExit*>(self)->check();
+            return 0;
+        };
+        sd_event_add_time_relative(loop_, &source, CLOCK_MONOTONIC, idleMicroseconds, 0, handler, this);
+        timer_.reset(source);
+    }
+
+    /// While there is a tap nothing ticks.
+    void tapCountChanged() {
+        if (server_.tapCount() > 0) {
+            timer_.reset();
+        } else {
+            arm();
+        }
+    }
+
+private:
+    void check() {
+        if (server_.tapCount() > 0) return;
+        if (object_.isBusy()) {
+            arm();
+            return;
+        }
+        // A call that arrives from now on starts the service anew.
+        sd_notify(0, "STOPPING=1");
+        sd_bus_release_name(bus_, KeyTapObject::name);
+        sd_event_exit(loop_, 0);
+    }
+
+    sd_event* loop_;
+    sd_bus* bus_;
+    const KeyTapObject& object_;
+    const TapServer& server_;
+    EventSource timer_;
+};
+
+bool prepareLoop(sd_event* loop) {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    // Without a handler sd-event ends the loop with status 0.
+    int status = sigprocmask(SIG_BLOCK, &signals, nullptr) < 0 ? -errno : 0;
+    if (status >= 0) status = sd_event_add_signal(loop, nullptr, SIGTERM, nullptr, nullptr);
+    if (status >= 0) status = sd_event_add_signal(loop, nullptr, SIGINT, nullptr, nullptr);
+    if (status >= 0) status = sd_event_set_watchdog(loop, 1);
+    if (status < 0) Log::error("Cannot set up the event loop", status);
+    return status >= 0;
+}
+
+Bus connect(sd_event* loop) {
+    sd_bus* opened = nullptr;
+    int status = sd_bus_open_system(&opened);
+    Bus bus(opened);
+    if (status >= 0) status = sd_bus_attach_event(opened, loop, SD_EVENT_PRIORITY_NORMAL);
+    // Without a bus nobody can open or revoke a tap; the kernel then gives
+    // the keyboards back.
+    if (status >= 0) status = sd_bus_set_exit_on_disconnect(opened, 1);
+    if (status >= 0) return bus;
+    Log::error("Cannot connect to the system bus", status);
+    return {};
+}
+
+int run() {
+    sd_event* created = nullptr;
+    if (sd_event_new(&created) < 0) return failure;
+    const Event loop(created);
+    if (!prepareLoop(created)) return failure;
+    const Bus bus = connect(created);
+    if (!bus) return failure;
+
+    GrantStore grants(GrantStore::standardFolder());
+    LoginSessions sessions(created, bus.get());
+    LinuxKeyboards keyboards(created);
+    TapServer server(created, keyboards, sessions);
+    KeyTapObject object(bus.get(), grants, sessions, server);
+    IdleExit idle(created, bus.get(), object, server);
+    grants.onRevoked = [&] { server.closeTaps([&](uid_t user) { return grants.isGranted(user); }); };
+    server.onTapCountChange = [&] { idle.tapCountChanged(); };
+
+    if (!grants.start(created) || !sessions.start() || !server.start() || !object.start()) return failure;
+    idle.arm();
+    sd_notify(0, "READY=1");
+    const int status = sd_event_loop(created);
+    sd_notify(0, "STOPPING=1");
+    return status == 0 ? 0 : failure;
+}
+
+}  // namespace
+}  // namespace quillmere::tap
+
+int main(int argc, char**) {
+    if (argc > 1) {
+        quillmere::tap::Log::error("quillmere-tapd takes no arguments");
+        return quillmere::tap::usage;
+    }
+    return quillmere::tap::run();
+}
