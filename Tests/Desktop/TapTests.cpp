@@ -182,19 +182,25 @@ TEST_F(TapTest, ASecondShortcutWhileTheFirstIsHeldIsAskedForToo) {
     EXPECT_EQ(witness->presses(keys::k), 0U);
 }
 
+/// The presses of keys that type nothing and are no modifiers.
+std::size_t fillers(Witness& witness) {
+    return static_cast<std::size_t>(std::ranges::count_if(witness.keys(), [](const SeenKey& seen) {
+        return seen.isPress && seen.text.empty() && seen.key != keys::leftControl && seen.key != keys::leftAlt;
+    }));
+}
+
 // Programs open their menu bar when Alt is tapped alone, and a swallowed key
 // looks to them as if it had been.
 TEST_F(TapTest, AltOfASwallowedShortcutIsNoLoneTapToTheApplication) {
     install({.shortcuts = {controlAltSpace}});
     typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).tap(keys::space));
-    EXPECT_TRUE(waitUntil([&] { return witness->presses(keys::unmapped) == 1; }));
+    EXPECT_TRUE(waitUntil([&] { return fillers(*witness) == 1; }));
     typist->play(Strokes().release(keys::leftAlt).release(keys::leftControl));
     waitForEverythingTyped();
-    const std::vector<SeenKey>& seen = witness->keys();
-    const auto press = std::ranges::find(seen, keys::leftAlt, &SeenKey::key);
-    ASSERT_NE(press, seen.end());
-    EXPECT_EQ(std::next(press)->key, keys::unmapped);
-    EXPECT_EQ(std::ranges::count(seen, keys::unmapped, &SeenKey::key), 2);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    EXPECT_EQ(fillers(*witness), 1U);
+    EXPECT_FALSE(witness->saw(keys::space));
+    EXPECT_EQ(witness->text(), "x");
     EXPECT_EQ(types(), (Types{keyDown, keyUp}));
 }
 
@@ -205,7 +211,7 @@ TEST_F(TapTest, AShortcutWithoutAltOrSuperNeedsNoFiller) {
     ASSERT_TRUE(waitForEvents(keyUp, 1));
     waitForEverythingTyped();
     typist->release(keys::leftControl);
-    EXPECT_FALSE(witness->saw(keys::unmapped));
+    EXPECT_EQ(fillers(*witness), 0U);
 }
 
 TEST_F(TapTest, WithAnotherProgramsMenuOpenTheShortcutIsDeliveredOnceAndNotSwallowed) {
@@ -248,11 +254,14 @@ TEST_F(TapTest, ACombinationOfAnotherProgramIsLeftToItUntilItLetsGo) {
     EXPECT_EQ(count(keyDown), 4U);
 }
 
-TEST_F(TapTest, AnotherProgramCannotTakeACombinationThatTheTapHas) {
+// The server lets it, and gives the press to one of the two.
+TEST_F(TapTest, ACombinationThatAnotherProgramTakesLaterIsStillDeliveredOnce) {
     install({.shortcuts = {controlAltSpace}});
-    EXPECT_FALSE(witness->grabKey(keys::space, ControlMask | Mod1Mask));
-    tap->setInterest({});
-    EXPECT_TRUE(waitUntil([&] { return witness->grabKey(keys::space, ControlMask | Mod1Mask); }));
+    ASSERT_TRUE(witness->grabKey(keys::space, ControlMask | Mod1Mask));
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
 }
 
 TEST_F(TapTest, WithABusyMainThreadTheKeyPassesAndIsNeverAskedForLater) {
@@ -560,7 +569,7 @@ TEST_F(RecordingTapTest, WithABusyMainThreadKeysPassUntilItIsEnabledAgain) {
     ASSERT_TRUE(waitWhileBusy([&] { return witness->presses(keys::a) == 1; }));
     waitForEverythingTypedWhileBusy();
     ASSERT_TRUE(waitForEvents(tapDisabledByTimeout, 1));
-    EXPECT_EQ(types(), Types{tapDisabledByTimeout});
+    EXPECT_EQ(count(keyDown), 0U);
     tap->enable();
     EXPECT_TRUE(waitUntil([&] {
         typist->tap(keys::k);
