@@ -25,12 +25,13 @@ constexpr bool joinsPrevious(char32_t character) {
                                [=](auto range) { return character >= range.first && character <= range.second; });
 }
 
+// No sign can get here: the text ends before the first "-", and a "+" is
+// nothing that from_chars takes.
 std::optional<std::int64_t> parseNumber(std::string_view text) {
-    const bool isDigits = std::ranges::all_of(text, [](char digit) { return digit >= '0' && digit <= '9'; });
     std::int64_t number = 0;
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (!isDigits || error != std::errc() || stop != end) return std::nullopt;
+    if (error != std::errc() || stop != end) return std::nullopt;
     return number;
 }
 

@@ -99,6 +99,7 @@ TEST(AppVersion, WhatIsNoVersionIsNoValue) {
         "1.9223372036854775808",
         "99999999999999999999999999999999",
         "1.2-\xFF",
+        "1.2-a\xFF",
         "1.2\x80",
     };
     for (const std::string& text : texts)
