@@ -29,7 +29,7 @@ class SwitchHUDTest : public testing::Test {
 protected:
     void TearDown() override { Palette::setDark(false); }
 
-    void show(std::vector<std::string> names, int selected = 0) { hud.show(names, selected, settings); }
+    void show(const std::vector<std::string>& names, int selected = 0) { hud.show(names, selected, settings); }
 
     /// What carries the rows: the last child, above the background.
     QWidget& content() const { return *childrenOf<QWidget>(*panel.content()).back(); }

@@ -21,10 +21,8 @@ public:
     bool isDark() const override { return isDark_; }
     bool hasGlass() const override { return false; }
 
-private slots:
-    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
-
 private:
+    Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
     void read();
     void take(const QVariant& value);
     void setDark(bool isDark);

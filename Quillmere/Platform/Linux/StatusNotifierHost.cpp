@@ -8,6 +8,7 @@
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
+#include <QTimer>
 
 #include <cstdlib>
 #include <functional>
@@ -99,7 +100,7 @@ void StatusNotifierHost::watchSelection() {
     selectStructureEvents(*x11_);
     selectionFilter_ = std::make_unique<SelectionFilter>(x11_->atom("MANAGER"), selection, [this] {
         // Not from within Qt's handling of the very event: the icon is made on a quiet queue.
-        QMetaObject::invokeMethod(this, &StatusNotifierHost::becomeAvailable, Qt::QueuedConnection);
+        QTimer::singleShot(0, this, &StatusNotifierHost::becomeAvailable);
     });
     if (x11_->isOwned(selection)) becomeAvailable();
 }

@@ -22,11 +22,10 @@ public:
 
     bool isAvailable() const override { return isAvailable_; }
 
-private slots:
-    void becomeAvailable();
-
 private:
     class SelectionFilter;
+
+    Q_SLOT void becomeAvailable();
 
     void watchBus();
     void askWatcher();
