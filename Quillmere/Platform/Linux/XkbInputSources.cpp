@@ -28,15 +28,28 @@ std::unique_ptr<XkbInputSources> XkbInputSources::create() {
 
 XkbInputSources::XkbInputSources(std::unique_ptr<X11Connection> connection)
     : connection_(std::move(connection)), namesAtom_(XInternAtom(connection_->display(), "_XKB_RULES_NAMES", False)) {
-    // Before the first reading, so that no change after it goes unseen.
+    subscribe();
+    readNames();
+    queryGroup();
+    incoming_ = std::make_unique<QSocketNotifier>(connection_->fileDescriptor(), QSocketNotifier::Read);
+    QObject::connect(incoming_.get(), &QSocketNotifier::activated, incoming_.get(), [this] {
+        // A lost connection stays readable for ever.
+        if (!catchUp()) incoming_->setEnabled(false);
+    });
+}
+
+XkbInputSources::~XkbInputSources() = default;
+
+/// Before the first reading, so that no change after it goes unseen.
+void XkbInputSources::subscribe() {
     XSelectInput(connection_->display(), connection_->root(), PropertyChangeMask);
+    XkbSelectEventDetails(connection_->display(), XkbUseCoreKbd, XkbStateNotify, XkbGroupLockMask, XkbGroupLockMask);
 }
 
 std::vector<InputSourceRecord> XkbInputSources::sources() {
-    // Brings the list up to date.
-    if (!lockedGroup()) return {};
+    if (!catchUp()) return {};
+    if (!records_.empty()) return records_;
     const auto descriptions = registry_.describe(names_.rules, names_.layouts);
-    std::vector<InputSourceRecord> result;
     for (std::size_t i = 0; i < names_.layouts.size(); ++i) {
         InputSourceRecord record;
         record.id = names_.layouts[i].id();
@@ -45,74 +58,72 @@ std::vector<InputSourceRecord> XkbInputSources::sources() {
             record.localizedName = descriptions[i]->name;
             record.languages = descriptions[i]->languages;
         }
-        result.push_back(std::move(record));
+        records_.push_back(std::move(record));
     }
-    return result;
+    return records_;
 }
 
 std::optional<std::string> XkbInputSources::currentID() {
-    const std::optional<unsigned int> group = lockedGroup();
     // The group stays when the list shrinks below it.
-    if (!group || *group >= names_.layouts.size()) return std::nullopt;
-    return names_.layouts[*group].id();
+    if (!catchUp() || lockedGroup_ >= names_.layouts.size()) return std::nullopt;
+    return names_.layouts[lockedGroup_].id();
 }
 
 int XkbInputSources::select(const InputSourceRecord& source) {
     if (!source.id) return statusRefused;
-    if (areNamesStale_ && !lockedGroup()) return statusRefused;
-    for (int attempt = 0; attempt < maxAttempts; ++attempt) {
+    for (int attempt = 0; attempt < maxAttempts && catchUp(); ++attempt) {
         const std::optional<unsigned int> index = indexOf(*source.id);
-        if (!index) {
-            // Perhaps it has come just now, without our having looked since.
-            if (attempt > 0 || !lockedGroup() || !indexOf(*source.id)) return statusRefused;
-            continue;
-        }
+        if (!index) return statusRefused;
         XkbLockGroup(connection_->display(), XkbUseCoreKbd, *index);
-        const std::optional<unsigned int> group = queryLockedGroup();
+        // The server takes any number and wraps it.
+        if (!queryGroup()) return statusRefused;
+        const unsigned int group = lockedGroup_;
         // The index means what it did only if the list is still the same.
-        if (refreshNames()) continue;
-        return group == index ? statusSwitched : statusRefused;
+        const bool isListNew = handleQueuedEvents();
+        lockedGroup_ = group;
+        if (!isListNew) return group == index ? statusSwitched : statusRefused;
     }
     return statusRefused;
 }
 
-/// The group as of now, the list of the same moment: the reply of the query
-/// has brought every notification that the server had sent before it.
-std::optional<unsigned int> XkbInputSources::lockedGroup() {
-    std::optional<unsigned int> group;
-    for (int attempt = 0; attempt < maxAttempts; ++attempt) {
-        group = queryLockedGroup();
-        if (!group || !refreshNames()) break;
-    }
-    return group;
+/// Takes in everything that the server has sent; false when it is gone.
+bool XkbInputSources::catchUp() {
+    if (!connection_->isLost()) XEventsQueued(connection_->display(), QueuedAfterReading);
+    // Reading the list waits for the server, which may have sent more.
+    while (!connection_->isLost() && handleQueuedEvents())
+        continue;
+    return !connection_->isLost();
 }
 
-std::optional<unsigned int> XkbInputSources::queryLockedGroup() {
+/// True when the list has become another.
+bool XkbInputSources::handleQueuedEvents() {
+    bool isListStale = false;
+    while (XEventsQueued(connection_->display(), QueuedAlready) > 0) {
+        XEvent event;
+        XNextEvent(connection_->display(), &event);
+        if (event.type == PropertyNotify && event.xproperty.atom == namesAtom_) isListStale = true;
+        if (event.type == MappingNotify) XRefreshKeyboardMapping(&event.xmapping);
+        if (event.type != connection_->xkbEventBase()) continue;
+        const auto& xkb = reinterpret_cast<const XkbEvent&>(event);
+        if (xkb.any.xkb_type == XkbStateNotify) lockedGroup_ = static_cast<unsigned int>(xkb.state.locked_group);
+    }
+    if (!isListStale) return false;
+    const XkbRulesNames former = names_;
+    readNames();
+    return names_ != former;
+}
+
+bool XkbInputSources::queryGroup() {
     XkbStateRec state{};
-    if (connection_->isLost() || XkbGetState(connection_->display(), XkbUseCoreKbd, &state) != Success)
-        return std::nullopt;
-    return state.locked_group;
+    if (XkbGetState(connection_->display(), XkbUseCoreKbd, &state) != Success) return false;
+    lockedGroup_ = state.locked_group;
+    return true;
 }
 
 std::optional<unsigned int> XkbInputSources::indexOf(const std::string& id) const {
     for (std::size_t i = 0; i < names_.layouts.size(); ++i)
         if (names_.layouts[i].id() == id) return static_cast<unsigned int>(i);
     return std::nullopt;
-}
-
-/// Reads the list again when a notification in the queue says that it has
-/// changed; true when it has really become another.
-bool XkbInputSources::refreshNames() {
-    while (XEventsQueued(connection_->display(), QueuedAlready) > 0) {
-        XEvent event;
-        XNextEvent(connection_->display(), &event);
-        if (event.type == PropertyNotify && event.xproperty.atom == namesAtom_) areNamesStale_ = true;
-        if (event.type == MappingNotify) XRefreshKeyboardMapping(&event.xmapping);
-    }
-    if (!areNamesStale_) return false;
-    const XkbRulesNames former = std::exchange(names_, {});
-    readNames();
-    return names_ != former;
 }
 
 void XkbInputSources::readNames() {
@@ -125,7 +136,8 @@ void XkbInputSources::readNames() {
     const int status = XGetWindowProperty(connection_->display(), connection_->root(), namesAtom_, 0, maxWords, False,
                                           XA_STRING, &type, &format, &length, &left, &data);
     const std::unique_ptr<unsigned char, int (*)(void*)> owned(data, XFree);
-    areNamesStale_ = false;
+    names_ = {};
+    records_.clear();
     if (status != Success || data == nullptr || format != 8) return;
     names_ = XkbRulesNames::parse({reinterpret_cast<const char*>(data), length});
 }

@@ -5,6 +5,10 @@
 #include "Quillmere/Platform/Linux/XkbLayoutRegistry.h"
 #include "Quillmere/Platform/Linux/XkbRulesNames.h"
 
+#include <QSocketNotifier>
+
+#include <QSocketNotifier>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,11 +17,19 @@
 namespace quillmere {
 
 /// The layouts of an X server's keyboard (XKB groups), on a connection of its
-/// own. `currentID` and `select` cost one round trip each.
+/// own.
+///
+/// The server reports every change of the layout and of the list before it
+/// reports a key press that comes later, so what it has sent so far is the
+/// state that a press has met. It is read without a round trip: the keyboard
+/// stands still while a shortcut is decided about, and each trip would add a
+/// fifth to the whole switch. `select` does take one, to know that the server
+/// has switched.
 class XkbInputSources final : public InputSourceService {
 public:
     /// Null when there is no X server or its keyboard is not the desktop's.
     static std::unique_ptr<XkbInputSources> create();
+    ~XkbInputSources() override;
 
     std::vector<InputSourceRecord> sources() override;
     std::optional<std::string> currentID() override;
@@ -28,17 +40,22 @@ public:
 private:
     explicit XkbInputSources(std::unique_ptr<X11Connection> connection);
 
-    std::optional<unsigned int> lockedGroup();
-    std::optional<unsigned int> queryLockedGroup();
-    std::optional<unsigned int> indexOf(const std::string& id) const;
-    bool refreshNames();
+    void subscribe();
+    bool catchUp();
+    bool handleQueuedEvents();
     void readNames();
+    bool queryGroup();
+    std::optional<unsigned int> indexOf(const std::string& id) const;
 
     std::unique_ptr<X11Connection> connection_;
     unsigned long namesAtom_;
-    bool areNamesStale_ = true;
     XkbRulesNames names_;
+    std::vector<InputSourceRecord> records_;  ///< of the names, once somebody has asked for them
     XkbLayoutRegistry registry_;
+    unsigned int lockedGroup_ = 0;
+    /// Reads what the server sends even when nobody asks, or it would have to
+    /// keep it all.
+    std::unique_ptr<QSocketNotifier> incoming_;
 };
 
 }  // namespace quillmere
