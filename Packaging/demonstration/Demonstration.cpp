@@ -128,8 +128,8 @@ void Demonstration::letKeysPass() {
 void Demonstration::tapFn() {
     Sight::heading("Another group on a lone tap of Fn: English (US), German");
     desktop_.server().setGroup(0);
-    expectSwitch("Fn", Strokes().tap(keys::fn), 2);
-    expectSwitch("Fn", Strokes().tap(keys::fn), 0);
+    expectFnSwitch(2);
+    expectFnSwitch(0);
     application_.clear();
     desktop_.typist().play(Strokes().press(keys::fn).tap(keys::a).release(keys::fn));
     waitForLetter();
@@ -191,8 +191,16 @@ void Demonstration::expectSwitch(const std::string& action, Strokes strokes, std
         if (seen.isPress && seen.key == letterKey) letter = seen.text;
     const bool isInUse = desktop_.server().group() == static_cast<int>(layout);
     const Layout& expected = layouts.at(layout);
-    sight_.expect(action, std::string(expected.name) + ", and the very next letter is " + letter + remark,
+    sight_.expect(action, std::string(expected.name) + ", and the next letter is " + letter + remark,
                   isInUse && letter == expected.letter);
+}
+
+// Nothing holds the keyboard up for a lone Fn, since it passes anyway: its
+// switch follows the release, and a hand needs longer to the next letter.
+void Demonstration::expectFnSwitch(std::size_t layout) {
+    desktop_.typist().tap(keys::fn);
+    waitUntil([&] { return desktop_.server().group() == static_cast<int>(layout); });
+    expectSwitch("Fn", Strokes(), layout);
 }
 
 void Demonstration::waitForLetter() {

@@ -37,6 +37,7 @@ private:
     /// use, and the letter in it.
     void expectSwitch(const std::string& action, support::Strokes strokes, std::size_t layout,
                       const std::string& remark = {});
+    void expectFnSwitch(std::size_t layout);
     /// Types a letter and waits until the application has it: all that was
     /// typed before has then arrived, too.
     void waitForLetter();

@@ -48,6 +48,7 @@ void DesktopTest::startProgramWithoutShortcut(const Program::Options& options) {
 void DesktopTest::startProgram(const Program::Options& options) {
     program_ = std::make_unique<Program>(programPath(), desktop(), options);
     ASSERT_TRUE(program().waitForGrab(keys::space, controlAltBits));
+    ASSERT_TRUE(desktop().tray() == nullptr || program().waitForTrayItem());
 }
 
 Witness& DesktopTest::startWitness(Witness::Size size, QColor background) {

@@ -41,7 +41,8 @@ protected:
     Desktop& startDesktop(const Desktop::Options& options = {});
     /// Stores a configuration for the next start of the program.
     void storeConfiguration(const std::string& text);
-    /// Starts the program and waits until it holds the grab of ⌃⌥Space.
+    /// Starts the program and waits until it holds the grab of ⌃⌥Space, and has
+    /// its icon in the tray if there is one.
     void startProgram(const Program::Options& options = {});
     /// Starts the program without waiting for more than its tray icon.
     void startProgramWithoutShortcut(const Program::Options& options = {});

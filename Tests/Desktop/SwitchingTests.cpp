@@ -50,14 +50,14 @@ TEST_F(SwitchingTest, TheModifiersOfTheShortcutStillReachTheApplicationInPairs) 
 // between, and of the swallowed key they know nothing.
 TEST_F(SwitchingTest, ASwallowedAltShortcutIsNoLoneAltTap) {
     ASSERT_NO_FATAL_FAILURE(startEverything());
-    ASSERT_NO_FATAL_FAILURE(pressShortcutAndWaitFor(1));
+    typist().play(Strokes().press(keys::leftControl).press(keys::leftAlt).tap(keys::space));
+    ASSERT_TRUE(waitForGroup(1));
+    const auto isLastSeen = [this](Key key) { return !witness().keys().empty() && witness().keys().back().key == key; };
+    EXPECT_TRUE(waitUntil([&] { return witness().saw(keys::leftAlt) && !isLastSeen(keys::leftAlt); }))
+        << "nothing comes between Alt's press and its release";
+    typist().play(Strokes().release(keys::leftAlt).release(keys::leftControl));
     waitForEverythingTyped();
-    const std::vector<SeenKey>& seen = witness().keys();
-    const auto isAlt = [](const SeenKey& key) { return key.key == keys::leftAlt; };
-    const auto press = std::ranges::find_if(seen, isAlt);
-    ASSERT_NE(press, seen.end());
-    ASSERT_NE(std::next(press), seen.end());
-    EXPECT_FALSE(isAlt(*std::next(press)));
+    EXPECT_EQ(witness().text(), "ч") << "and nothing is typed";
 }
 
 TEST_F(SwitchingTest, HoldingTheShortcutSwitchesOnce) {
@@ -140,7 +140,7 @@ TEST_P(OtherPressTest, SpaceWithOtherModifiersPasses) {
     waitForEverythingTyped();
     const auto isSpace = [](const SeenKey& seen) { return seen.key == keys::space; };
     EXPECT_EQ(std::ranges::count_if(witness().keys(), isSpace), 2);
-    EXPECT_TRUE(witness().groups().empty());
+    EXPECT_EQ(desktop().server().group(), 0);
 }
 
 // Alt+Space alone belongs to the window manager.
@@ -150,8 +150,7 @@ INSTANTIATE_TEST_SUITE_P(
                     OtherPress{"shift", {keys::leftShift}},
                     OtherPress{"controlShift", {keys::leftControl, keys::leftShift}},
                     OtherPress{"controlAltShift", {keys::leftControl, keys::leftAlt, keys::leftShift}},
-                    OtherPress{"controlAltSuper", {keys::leftControl, keys::leftAlt, keys::leftSuper}},
-                    OtherPress{"controlAltGr", {keys::leftControl, keys::rightAlt}}),
+                    OtherPress{"controlAltSuper", {keys::leftControl, keys::leftAlt, keys::leftSuper}}),
     [](const auto& info) { return info.param.name; });
 
 /// Every keycode but those of modifiers and locks.
@@ -162,36 +161,49 @@ std::vector<Key> ordinaryKeys(XConnection& connection) {
         modifiers.insert(map->modifiermap[i]);
     XFreeModifiermap(map);
     std::vector<Key> result;
-    for (Key key = keys::escape; key < keys::unmapped; ++key)
+    for (Key key = keys::escape; key <= keys::last; ++key)
         if (!modifiers.contains(key)) result.push_back(key);
     return result;
 }
 
-TEST_F(SwitchingTest, EveryOtherKeyPassesInOrder) {
-    ASSERT_NO_FATAL_FAILURE(startEverything());
-    const std::vector<Key> all = ordinaryKeys(desktop().connection());
-    ASSERT_GT(all.size(), 200U);
+// Some keys belong to the server or the window manager, so the same keys are
+// typed without the program first.
+TEST_F(SwitchingTest, EveryOtherKeyArrivesAsItDoesWithoutTheProgram) {
+    startDesktop();
+    storeConfiguration(configurationText({{.sources = threeSources}}));
+    startWitness();
     Strokes strokes;
-    for (const Key key : all)
+    for (const Key key : ordinaryKeys(desktop().connection()))
         strokes.tap(key);
-    typist().play(strokes);
-    waitForEverythingTyped();
-    std::vector<Key> expected;
-    for (const Key key : all)
-        expected.insert(expected.end(), {key, key});
-    expected.insert(expected.end(), {keys::x, keys::x});
-    ASSERT_TRUE(waitUntil([&] { return witness().keys().size() >= expected.size(); }));
-    std::vector<Key> seen;
-    std::ranges::transform(witness().keys(), std::back_inserter(seen), &SeenKey::key);
-    EXPECT_EQ(seen, expected);
+    const auto arrivals = [&] {
+        witness().clear();
+        typist().play(strokes);
+        waitForEverythingTyped();
+        std::vector<Key> keys;
+        std::ranges::transform(witness().keys(), std::back_inserter(keys), &SeenKey::key);
+        return keys;
+    };
+    const std::vector<Key> without = arrivals();
+    ASSERT_GT(without.size(), 400U);
+    ASSERT_NO_FATAL_FAILURE(startProgram());
+    EXPECT_EQ(arrivals(), without);
 }
 
 TEST_F(SwitchingTest, CharactersOfTheThirdLevelAreStillTyped) {
     ASSERT_NO_FATAL_FAILURE(startEverything());
     desktop().server().setGroup(2);
-    typist().chord(std::array{keys::rightAlt}, keys::one + 15);
+    typist().chord(std::array{keys::rightAlt}, keys::q);
     waitForEverythingTyped();
     EXPECT_EQ(witness().text(), "@x");
+}
+
+TEST_F(SwitchingTest, AltGrIsNoAlt) {
+    ASSERT_NO_FATAL_FAILURE(startEverything());
+    desktop().server().setGroup(2);
+    typist().chord(std::array{keys::leftControl, keys::rightAlt}, keys::space);
+    waitForEverythingTyped();
+    EXPECT_EQ(witness().presses(keys::space), 1U);
+    EXPECT_EQ(desktop().server().group(), 2);
 }
 
 TEST_F(SwitchingTest, ALetterRightAfterTheShortcutArrivesInTheNewLayoutEveryTime) {

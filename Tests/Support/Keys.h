@@ -11,6 +11,7 @@ namespace keys {
 inline constexpr Key escape = 1 + 8;
 inline constexpr Key one = 2 + 8;
 inline constexpr Key tab = 15 + 8;
+inline constexpr Key q = 16 + 8;
 inline constexpr Key leftControl = 29 + 8;
 inline constexpr Key a = 30 + 8;
 inline constexpr Key s = 31 + 8;
@@ -30,8 +31,9 @@ inline constexpr Key rightAlt = 100 + 8;
 inline constexpr Key leftSuper = 125 + 8;
 /// KEY_WAKEUP, the Fn of many laptops; XF86WakeUp in X11.
 inline constexpr Key fn = 143 + 8;
-/// A number with no key behind it on any layout.
-inline constexpr Key unmapped = 255;
+/// A number that the layouts of the tests give no meaning.
+inline constexpr Key unmapped = 248;
+inline constexpr Key last = 255;
 }  // namespace keys
 
 }  // namespace quillmere::support

@@ -5,6 +5,9 @@
 
 #include <X11/Xlib.h>
 
+#include <fstream>
+#include <string>
+
 namespace quillmere::support {
 
 namespace {
@@ -35,12 +38,24 @@ bool waitUntilItAnswers(XConnection& connection) {
     return answers;
 }
 
+/// Without key bindings: those of a distribution start its programs.
+std::string writeConfiguration(const std::filesystem::path& folder) {
+    const std::filesystem::path file = folder / "openbox.xml";
+    std::ofstream(file) << R"(<?xml version="1.0" encoding="UTF-8"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <desktops><number>1</number></desktops>
+  <keyboard/>
+</openbox_config>
+)";
+    return file.string();
+}
+
 }  // namespace
 
 WindowManager::WindowManager(const std::filesystem::path& folder, const Environment& environment,
                              XConnection& connection)
     : process_({
-          .arguments = {"openbox", "--sm-disable"},
+          .arguments = {"openbox", "--sm-disable", "--config-file", writeConfiguration(folder)},
           .environment = environment,
           .output = folder / "windowmanager.log",
           .inheritedDescriptors = {},
