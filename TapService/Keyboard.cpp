@@ -148,10 +148,14 @@ std::optional<Time> Keyboard::grab() {
 
 std::optional<Time> Keyboard::ungrab(bool force) {
     if (!force && libevdev_has_event_pending(device_.get()) != 0) return std::nullopt;
+    // Everybody gets the events from the beginning of the call on, although it
+    // returns some ten milliseconds later only (the kernel waits for all
+    // processors).
+    const Time until = monotonicNow();
     // It fails only for a device that has gone, and whose grab has gone with it.
     libevdev_grab(device_.get(), LIBEVDEV_UNGRAB);
     isGrabbed_ = false;
-    return monotonicNow();
+    return until;
 }
 
 void Keyboard::set(std::uint16_t type, std::uint16_t code, std::int32_t value) {
