@@ -2,10 +2,24 @@
 
 #include "TapService/Log.h"
 
+#include <systemd/sd-daemon.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <ranges>
 
 namespace quillmere::tap {
+
+namespace {
+
+// To close or to give back a device the kernel waits for all processors, some
+// ten milliseconds each time and far more on a busy machine. Many devices in a
+// row must not look like a service that hangs.
+void showProgress() {
+    sd_notify(0, "WATCHDOG=1");
+}
+
+}  // namespace
 
 LinuxKeyboards::LinuxKeyboards(sd_event* loop)
     : loop_(loop),
@@ -63,9 +77,33 @@ void LinuxKeyboards::cloneAppeared(const std::string& path) {
 }
 
 void LinuxKeyboards::dropClones() {
+    bool isAny = false;
     for (Entry& entry : entries_ | std::views::values) {
-        if (!entry.keyboard->isGrabbed()) entry.clone.reset();
+        entry.cloneIsUnneeded = entry.clone && !entry.keyboard->isGrabbed();
+        isAny = isAny || entry.cloneIsUnneeded;
     }
+    if (!isAny || dropping_) return;
+    sd_event_source* source = nullptr;
+    const auto handler = [](sd_event_source*, void* data) {
+        static_cast<LinuxKeyboards*>(data)->dropOneClone();
+        return 0;
+    };
+    if (sd_event_add_defer(loop_, &source, handler, this) < 0) return;
+    dropping_.reset(source);
+    sd_event_source_set_enabled(source, SD_EVENT_ON);
+}
+
+// One in each turn of the loop, since the kernel takes its time.
+void LinuxKeyboards::dropOneClone() {
+    const auto entries = entries_ | std::views::values;
+    const auto entry = std::ranges::find_if(entries, &Entry::cloneIsUnneeded);
+    if (entry == entries.end()) {
+        dropping_.reset();
+        return;
+    }
+    (*entry).cloneIsUnneeded = false;
+    (*entry).clone.reset();
+    showProgress();
 }
 
 std::optional<KeySet> LinuxKeyboards::open(DeviceId device) {
@@ -74,10 +112,12 @@ std::optional<KeySet> LinuxKeyboards::open(DeviceId device) {
 
 void LinuxKeyboards::close(DeviceId device) {
     entries_.at(device).keyboard->close();
+    showProgress();
 }
 
 CloneState LinuxKeyboards::prepareClone(DeviceId device) {
     Entry& entry = entries_.at(device);
+    entry.cloneIsUnneeded = false;
     if (!entry.clone) {
         KeyboardClone::Handlers handlers{
             .onReady = [this, device] { sink_->cloneMade(device, true); },
@@ -95,7 +135,9 @@ std::optional<Time> LinuxKeyboards::grab(DeviceId device) {
 }
 
 std::optional<Time> LinuxKeyboards::ungrab(DeviceId device, bool force) {
-    return entries_.at(device).keyboard->ungrab(force);
+    const auto until = entries_.at(device).keyboard->ungrab(force);
+    showProgress();
+    return until;
 }
 
 void LinuxKeyboards::forward(DeviceId device, const InputEvent& event) {
@@ -105,6 +147,7 @@ void LinuxKeyboards::forward(DeviceId device, const InputEvent& event) {
 
 void LinuxKeyboards::forget(DeviceId device) {
     entries_.erase(device);
+    showProgress();
 }
 
 }  // namespace quillmere::tap

@@ -33,6 +33,7 @@ private:
         KeySet keys;
         std::unique_ptr<Keyboard> keyboard;
         std::unique_ptr<KeyboardClone> clone;
+        bool cloneIsUnneeded = false;
         bool isRemoved = false;
     };
 
@@ -40,12 +41,14 @@ private:
     void removed(const std::string& path);
     void cloneAppeared(const std::string& path);
     void remove(DeviceId device);
+    void dropOneClone();
 
     sd_event* loop_;
     KeyboardSink* sink_ = nullptr;
     std::map<DeviceId, Entry> entries_;
     DeviceId lastId_ = 0;
     DeviceMonitor monitor_;
+    EventSource dropping_;
 };
 
 }  // namespace quillmere::tap
