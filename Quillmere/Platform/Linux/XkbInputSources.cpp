@@ -30,7 +30,7 @@ XkbInputSources::XkbInputSources(std::unique_ptr<X11Connection> connection)
     : connection_(std::move(connection)), namesAtom_(XInternAtom(connection_->display(), "_XKB_RULES_NAMES", False)) {
     subscribe();
     readNames();
-    queryGroup();
+    lockedGroup_ = queryGroup().value_or(0);
     incoming_ = std::make_unique<QSocketNotifier>(connection_->fileDescriptor(), QSocketNotifier::Read);
     QObject::connect(incoming_.get(), &QSocketNotifier::activated, incoming_.get(), [this] {
         // A lost connection stays readable for ever.
@@ -76,12 +76,9 @@ int XkbInputSources::select(const InputSourceRecord& source) {
         if (!index) return statusRefused;
         XkbLockGroup(connection_->display(), XkbUseCoreKbd, *index);
         // The server takes any number and wraps it.
-        if (!queryGroup()) return statusRefused;
-        const unsigned int group = lockedGroup_;
+        const std::optional<unsigned int> group = queryGroup();
         // The index means what it did only if the list is still the same.
-        const bool isListNew = handleQueuedEvents();
-        lockedGroup_ = group;
-        if (!isListNew) return group == index ? statusSwitched : statusRefused;
+        if (!handleQueuedEvents()) return group == index ? statusSwitched : statusRefused;
     }
     return statusRefused;
 }
@@ -113,11 +110,10 @@ bool XkbInputSources::handleQueuedEvents() {
     return names_ != former;
 }
 
-bool XkbInputSources::queryGroup() {
+std::optional<unsigned int> XkbInputSources::queryGroup() const {
     XkbStateRec state{};
-    if (XkbGetState(connection_->display(), XkbUseCoreKbd, &state) != Success) return false;
-    lockedGroup_ = state.locked_group;
-    return true;
+    if (XkbGetState(connection_->display(), XkbUseCoreKbd, &state) != Success) return std::nullopt;
+    return state.locked_group;
 }
 
 std::optional<unsigned int> XkbInputSources::indexOf(const std::string& id) const {

@@ -44,7 +44,7 @@ private:
     bool catchUp();
     bool handleQueuedEvents();
     void readNames();
-    bool queryGroup();
+    std::optional<unsigned int> queryGroup() const;
     std::optional<unsigned int> indexOf(const std::string& id) const;
 
     std::unique_ptr<X11Connection> connection_;
