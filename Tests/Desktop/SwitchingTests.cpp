@@ -208,10 +208,10 @@ TEST_F(SwitchingTest, AltGrIsNoAlt) {
 
 TEST_F(SwitchingTest, ALetterRightAfterTheShortcutArrivesInTheNewLayoutEveryTime) {
     ASSERT_NO_FATAL_FAILURE(startEverything());
-    constexpr int rounds = 100;
+    constexpr std::size_t rounds = 100;
     Strokes strokes;
     std::string expected;
-    for (int i = 0; i < rounds; ++i) {
+    for (std::size_t i = 0; i < rounds; ++i) {
         for (int layout = 0; layout < 3; ++layout)
             strokes.chord(controlAlt, keys::space).tap(keys::z);
         expected += "яyz";

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-union _XEvent;
+union _XEvent;  // NOLINT(bugprone-reserved-identifier): so Xlib names it
 
 namespace quillmere::support {
 

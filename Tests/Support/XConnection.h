@@ -7,7 +7,7 @@
 #include <vector>
 
 // Xlib is kept out of this header, since its macros break other headers.
-struct _XDisplay;
+struct _XDisplay;  // NOLINT(bugprone-reserved-identifier): so Xlib names it
 
 namespace quillmere::support {
 
