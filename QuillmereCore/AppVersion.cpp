@@ -29,8 +29,9 @@ constexpr bool joinsPrevious(char32_t character) {
 // nothing that from_chars takes.
 std::optional<std::int64_t> parseNumber(std::string_view text) {
     std::int64_t number = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    const char* start = text.data();
+    const char* end = start + text.size();
+    const auto [stop, error] = std::from_chars(start, end, number);
     if (error != std::errc() || stop != end) return std::nullopt;
     return number;
 }

@@ -36,11 +36,9 @@ TEST(UpdateFeed, OnlyTheVersionIsRequired) {
 }
 
 TEST(UpdateFeed, ATextOfTheWrongTypeIsLeftOut) {
-    for (const std::string key : {"file", "downloadURL"})
-        for (const std::string value : {"null", "1", "1e400", "true", "[\"a\"]", "{}"}) {
-            const auto feed = decodeUpdateFeed(with("\"" + key + "\":" + value));
-            EXPECT_EQ(feed, (UpdateFeed{"1.0", {}, {}, {}, {}})) << key << value;
-        }
+    for (const std::string key : {R"("file":)", R"("downloadURL":)"})
+        for (const std::string value : {"null", "1", "1e400", "true", "[\"a\"]", "{}"})
+            EXPECT_EQ(decodeUpdateFeed(with(key + value)), (UpdateFeed{"1.0", {}, {}, {}, {}})) << key << value;
 }
 
 TEST(UpdateFeed, ASizeIsAnIntegerOrLeftOut) {
