@@ -1,6 +1,6 @@
 #include "Tests/Machine/Desk.h"
 
-#include "Tests/Machine/VirtualKeyboard.h"
+#include "Tests/Machine/InputNode.h"
 #include "Tests/Support/SupportError.h"
 
 #include <algorithm>
@@ -23,21 +23,6 @@ using support::SupportError;
 namespace {
 
 constexpr const char* folder = "/dev/input";
-
-std::string nameOf(int descriptor) {
-    std::array<char, 256> name{};
-    return ioctl(descriptor, EVIOCGNAME(name.size() - 1), name.data()) < 0 ? std::string{} : std::string{name.data()};
-}
-
-/// A device that some process has made, but no test.
-bool isClone(int descriptor, const std::string& node) {
-    std::array<char, 256> place{};
-    const bool hasPlace = ioctl(descriptor, EVIOCGPHYS(place.size() - 1), place.data()) >= 0;
-    const std::string name = std::filesystem::path(node).filename();
-    const std::string path = std::filesystem::canonical("/sys/class/input/" + name);
-    return path.starts_with("/sys/devices/virtual/")
-           && !(hasPlace && std::string_view(place.data()).starts_with(VirtualKeyboard::place));
-}
 
 }  // namespace
 
@@ -159,7 +144,7 @@ void Desk::openDevice(const std::string& node) {
     if (descriptor < 0) return;  // gone again, or the next news will tell
     const int clock = CLOCK_MONOTONIC;
     ioctl(descriptor, EVIOCSCLOCKID, &clock);
-    devices_.emplace(descriptor, Device{nameOf(descriptor), node, isClone(descriptor, node), {}});
+    devices_.emplace(descriptor, Device{deviceName(descriptor), node, isClone(descriptor), {}});
 }
 
 void Desk::readDevice(int descriptor) {

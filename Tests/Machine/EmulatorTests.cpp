@@ -1,8 +1,5 @@
+#include "Tests/Machine/DeviceGrab.h"
 #include "Tests/Machine/MachineTest.h"
-
-#include <fcntl.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 // What the other cases rest on, without the service.
 namespace quillmere::machine {
@@ -10,19 +7,6 @@ namespace quillmere::machine {
 namespace {
 
 class Emulator : public MachineTest {};
-
-std::string nodeOf(const std::string& name) {
-    for (int number = 0; number < 32; ++number) {
-        const std::string node = "/dev/input/event" + std::to_string(number);
-        const int descriptor = open(node.c_str(), O_RDONLY | O_CLOEXEC);
-        if (descriptor < 0) continue;
-        std::array<char, 256> found{};
-        ioctl(descriptor, EVIOCGNAME(found.size() - 1), found.data());
-        close(descriptor);
-        if (name == found.data()) return node;
-    }
-    return {};
-}
 
 }  // namespace
 
@@ -33,22 +17,17 @@ TEST_F(Emulator, KeysTypedOutsideArriveInOrder) {
 }
 
 TEST_F(Emulator, AKeyboardCanBePluggedInTypedOnAndPulledOut) {
-    monitor().plugKeyboard("second");
-    ASSERT_TRUE(waitUntil([&] { return desk_.originals().contains(usbKeyboard); }));
+    plugKeyboard("second");
     EXPECT_TRUE(arrives(taps({KEY_X, KEY_Y})));
     EXPECT_EQ(desk_.events().front().device, usbKeyboard);
-    monitor().unplugKeyboard("second");
-    EXPECT_TRUE(waitUntil([&] { return !desk_.originals().contains(usbKeyboard); }));
+    unplugKeyboard("second");
 }
 
 TEST_F(Emulator, WhatSomebodyHasGrabbedDoesNotReachTheDesktop) {
-    const int keyboard = open(nodeOf(builtInKeyboard).c_str(), O_RDONLY | O_CLOEXEC);
-    ASSERT_EQ(ioctl(keyboard, EVIOCGRAB, 1), 0);
+    const DeviceGrab grab(builtInKeyboard);
     monitor().type(taps({KEY_A}));
-    std::array<input_event, 3> press{};
-    EXPECT_EQ(read(keyboard, press.data(), sizeof press), ssize_t{sizeof press});
+    EXPECT_TRUE(grab.hasGot({KEY_A, false}));
     EXPECT_TRUE(desk_.strokes().empty());
-    close(keyboard);
 }
 
 TEST_F(Emulator, AKeyboardMadeByATestTypesRepeatsAndHasLeds) {

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,13 +43,20 @@ protected:
     /// Waits until the desktop has got exactly these.
     testing::AssertionResult hasGot(const std::vector<KeyStroke>& strokes);
 
-    /// Whether what is typed now comes to the desktop through a clone. Types to
-    /// find out, and clears the desk.
-    bool goesThroughClone();
+    /// Plugs a USB keyboard in and waits until what is typed on it arrives. The
+    /// desk is clear afterwards.
+    void plugKeyboard(const std::string& id);
+    void unplugKeyboard(const std::string& id);
+
     testing::AssertionResult becomesGrabbed();
     testing::AssertionResult becomesFree();
 
     Desk desk_;
+
+private:
+    /// Whether what is typed now comes to the desktop through a clone; no value
+    /// when it does not come at all. Types to find out, and clears the desk.
+    std::optional<bool> goesThroughClone();
 };
 
 }  // namespace quillmere::machine

@@ -1,11 +1,14 @@
 #include "Tests/Machine/Monitor.h"
 
 #include "Tests/Support/SupportError.h"
+#include "Tests/Support/WaitUntil.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <fstream>
+#include <sstream>
 #include <utility>
 
 #include <fcntl.h>
@@ -41,6 +44,29 @@ int scanCode(std::uint16_t code) {
     const auto* found = std::ranges::find(added, code, &std::pair<std::uint16_t, int>::first);
     if (found == added.end()) throw SupportError("no scan code for key " + std::to_string(code));
     return found->second;
+}
+
+/// As the computer gets them.
+std::int64_t bytesOf(std::uint16_t code) {
+    return code <= KEY_F12 ? 1 : 2;
+}
+
+/// How many bytes the computer has taken from its built-in keyboard: one with
+/// each interrupt 1.
+std::int64_t bytesTaken() {
+    std::ifstream interrupts("/proc/interrupts");
+    std::string line;
+    while (std::getline(interrupts, line)) {
+        std::istringstream fields(line);
+        std::string number;
+        if (!(fields >> number) || number != "1:") continue;
+        std::int64_t sum = 0;
+        // One count for each processor.
+        for (std::int64_t count = 0; fields >> count;)
+            sum += count;
+        return sum;
+    }
+    throw SupportError("no keyboard controller");
 }
 
 std::string eventText(const KeyStroke& stroke) {
@@ -79,16 +105,34 @@ Monitor::~Monitor() {
 }
 
 void Monitor::type(const std::vector<KeyStroke>& strokes) {
-    for (const KeyStroke& stroke : strokes)
+    for (const KeyStroke& stroke : strokes) {
+        if (keyboards_.empty()) waitForRoom(bytesOf(stroke.code));
         execute("input-send-event", R"({"events":[)" + eventText(stroke) + "]}");
+    }
+}
+
+/// What does not fit into the keyboard any more is lost, as in a real one.
+void Monitor::waitForRoom(std::int64_t bytes) {
+    constexpr std::int64_t room = 12;
+    const bool hasRoom = support::waitUntil([&] {
+        const std::int64_t taken = bytesTaken();
+        // What the keyboard answers to the computer's commands comes in as well.
+        underWay_ = std::max(underWay_ - (taken - taken_), std::int64_t{0});
+        taken_ = taken;
+        return underWay_ + bytes <= room;
+    });
+    if (!hasRoom) throw SupportError("the computer does not read its keyboard");
+    underWay_ += bytes;
 }
 
 void Monitor::plugKeyboard(const std::string& id) {
     execute("device_add", R"({"driver":"usb-kbd","bus":"usb.0","id":")" + id + "\"}");
+    keyboards_.insert(id);
 }
 
 void Monitor::unplugKeyboard(const std::string& id) {
     execute("device_del", R"({"id":")" + id + "\"}");
+    keyboards_.erase(id);
 }
 
 void Monitor::screenshot(const std::string& name) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,13 +32,15 @@ public:
     Monitor(const Monitor&) = delete;
     Monitor& operator=(const Monitor&) = delete;
 
-    /// Presses and releases, as fast as the emulator takes them. The emulated
-    /// keyboards drop what comes while some 16 bytes wait in them.
+    /// Presses and releases, as fast as the emulated keyboard delivers them.
+    /// A USB keyboard takes no more than 16 at a time.
     void type(const std::vector<KeyStroke>& strokes);
 
     /// Plugs a USB keyboard in, or pulls it out. `id` is free to choose.
     void plugKeyboard(const std::string& id);
     void unplugKeyboard(const std::string& id);
+    /// Those that are plugged in.
+    const std::set<std::string>& keyboards() const { return keyboards_; }
 
     /// Saves what the computer's screen shows as a PNG among the artefacts.
     void screenshot(const std::string& name);
@@ -45,9 +48,13 @@ public:
 private:
     void execute(const std::string& command, const std::string& arguments);
     std::string readLine();
+    void waitForRoom(std::int64_t bytes);
 
     int port_ = -1;
     std::string unread_;
+    std::set<std::string> keyboards_;
+    std::int64_t underWay_ = 0;  ///< bytes that wait in the built-in keyboard
+    std::int64_t taken_ = 0;     ///< what the computer had taken from it at the last look
 };
 
 }  // namespace quillmere::machine

@@ -62,6 +62,7 @@ Session::Session(const Form& form) : user_(form.user) {
     if (!reply.error.empty() || sd_bus_message_read(reply.message.get(), "sosh", &id, &path, &runtime, &lifeline) < 0)
         throw SupportError("no session: " + reply.error);
     id_ = id;
+    path_ = path;
     lifeline_ = fcntl(lifeline, F_DUPFD_CLOEXEC, 0);
     group_ = "/sys/fs/cgroup" + controlGroupOf(leader_->pid()) + "/cgroup.procs";
 }
@@ -75,6 +76,12 @@ void Session::activate() {
     const BusReply reply = bus_.call({login, manager, interface, "ActivateSession"}, "s", id_.c_str());
     if (!reply.error.empty()) throw SupportError("no switch: " + reply.error);
     if (!support::waitUntil([this] { return isActive(); })) throw SupportError("the session does not become active");
+}
+
+void Session::setLocked(bool isLocked) {
+    const BusReply reply =
+        bus_.call({login, path_.c_str(), "org.freedesktop.login1.Session", "SetLockedHint"}, "b", isLocked ? 1 : 0);
+    if (!reply.error.empty()) throw SupportError("cannot lock: " + reply.error);
 }
 
 std::function<void()> Session::entrance() const {

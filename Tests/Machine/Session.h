@@ -37,6 +37,10 @@ public:
     /// Switches to its terminal; returns when logind says that it is active.
     void activate();
 
+    /// Tells the system that its screen is locked, or not any more, as a lock
+    /// screen does.
+    void setLocked(bool isLocked);
+
     /// To be run in a new child process, which thereby belongs to this session.
     std::function<void()> entrance() const;
     /// The same for a process of another user.
@@ -49,6 +53,7 @@ private:
 
     uid_t user_;
     std::string id_;
+    std::string path_;   ///< its object of logind
     int lifeline_ = -1;  ///< the session ends when it is closed
     std::optional<support::ChildProcess> leader_;
     std::string group_;  ///< the file that takes processes into the session

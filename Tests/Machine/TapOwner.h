@@ -27,6 +27,7 @@ public:
 
     /// The name of the D-Bus error; empty when it went well.
     std::string open();
+    /// "no" when it was refused.
     std::string requestAccess() { return call("RequestAccess"); }
     std::string revokeAccess() { return call("RevokeAccess"); }
     /// "no" when there is none.

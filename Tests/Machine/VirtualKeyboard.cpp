@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cerrno>
-#include <ctime>
 
 #include <fcntl.h>
 #include <linux/uinput.h>
@@ -40,12 +39,6 @@ void describe(int descriptor, const VirtualKeyboard::Form& form) {
     }
 }
 
-std::chrono::nanoseconds now() {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
-}
-
 }  // namespace
 
 VirtualKeyboard::VirtualKeyboard(const Form& form) : descriptor_(open("/dev/uinput", O_RDWR | O_NONBLOCK | O_CLOEXEC)) {
@@ -62,11 +55,9 @@ VirtualKeyboard::~VirtualKeyboard() {
     close(descriptor_);
 }
 
-std::chrono::nanoseconds VirtualKeyboard::type(const std::vector<KeyStroke>& strokes) {
-    const std::chrono::nanoseconds start = now();
+void VirtualKeyboard::type(const std::vector<KeyStroke>& strokes) {
     for (const KeyStroke& stroke : strokes)
         send(EV_KEY, stroke.code, stroke.isDown ? 1 : 0);
-    return start;
 }
 
 void VirtualKeyboard::turnWheel(std::int32_t steps) {

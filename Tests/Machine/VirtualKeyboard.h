@@ -2,7 +2,6 @@
 
 #include "Tests/Machine/Monitor.h"
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -31,9 +30,8 @@ public:
     VirtualKeyboard(const VirtualKeyboard&) = delete;
     VirtualKeyboard& operator=(const VirtualKeyboard&) = delete;
 
-    /// Each stroke as a report of its own; returns when the first was sent
-    /// (monotonic).
-    std::chrono::nanoseconds type(const std::vector<KeyStroke>& strokes);
+    /// Each stroke as a report of its own.
+    void type(const std::vector<KeyStroke>& strokes);
     void turnWheel(std::int32_t steps);
     /// One event and its report.
     void send(std::uint16_t type, std::uint16_t code, std::int32_t value);

@@ -65,10 +65,11 @@ private:
 
     std::string call(const std::string& name) {
         const BusReply reply = bus_.call(member(name.c_str()), "");
-        int granted = 1;
-        if (name == "HasAccess" && reply.error.empty() && sd_bus_message_read(reply.message.get(), "b", &granted) < 0)
-            return "no boolean";
-        return granted != 0 ? reply.error : "no";
+        if (!reply.error.empty()) return reply.error;
+        int yes = 1;
+        const bool isAnswer = sd_bus_message_peek_type(reply.message.get(), nullptr, nullptr) > 0;
+        if (isAnswer && sd_bus_message_read(reply.message.get(), "b", &yes) < 0) return "no boolean";
+        return yes != 0 ? "" : "no";
     }
 
     std::string open() {

@@ -1,0 +1,172 @@
+#include "Tests/Machine/TapTest.h"
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <iostream>
+#include <string>
+#include <tuple>
+
+// Processes that die or stop at every moment of a shortcut.
+namespace quillmere::machine {
+
+namespace {
+
+/// How far a shortcut that the owner wants to swallow has been typed.
+enum class Stage { atRest, modifierHeld, questionWaits, swallowedKeyHeld };
+
+enum class OwnerFault { killed, stopped };
+enum class ServiceFault { killed, stopped, continued, upgraded };
+
+std::string nameOf(Stage stage) {
+    constexpr std::array names{"AtRest", "WithTheModifierHeld", "WithAQuestionWaiting", "WithTheSwallowedKeyHeld"};
+    return names.at(static_cast<std::size_t>(stage));
+}
+
+std::string nameOf(OwnerFault fault) {
+    return fault == OwnerFault::killed ? "Killed" : "Stopped";
+}
+
+std::string nameOf(ServiceFault fault) {
+    constexpr std::array names{"Killed", "Stopped", "StoppedAndContinued", "Upgraded"};
+    return names.at(static_cast<std::size_t>(fault));
+}
+
+constexpr auto nameOfPair = [](const auto& info) {
+    return nameOf(std::get<0>(info.param)) + nameOf(std::get<1>(info.param));
+};
+
+class FaultTest : public TapTest {
+protected:
+    /// Types the beginning of the shortcut.
+    void reach(Stage stage) {
+        listen(stage == Stage::questionWaits ? TapOwner::Answer::wait : TapOwner::Answer::swallow);
+        if (stage == Stage::atRest) return;
+        ASSERT_TRUE(arrives({ctrlSpaceStrokes[0]}));
+        if (stage == Stage::modifierHeld) return;
+        monitor().type({ctrlSpaceStrokes[1]});
+        waitForQuestion();
+        if (stage == Stage::questionWaits) return;
+        // The owner was asked, and gives its verdict before it can be asked
+        // for anything else.
+        owner().answer(TapOwner::Answer::swallow);
+        EXPECT_EQ(owner().hasAccess(), "");
+    }
+
+    /// Types the rest of it.
+    void finish(Stage stage) {
+        const std::size_t typed = stage == Stage::atRest ? 0 : stage == Stage::modifierHeld ? 1 : 2;
+        const auto begin = ctrlSpaceStrokes.begin();
+        monitor().type({begin + static_cast<std::ptrdiff_t>(typed), ctrlSpaceStrokes.end()});
+    }
+
+    /// Waits until something that is typed comes through, and says how long
+    /// that took since `begin`.
+    std::chrono::milliseconds timeUntilTypingWorks(std::chrono::steady_clock::time_point begin) {
+        EXPECT_TRUE(waitUntil([&] {
+            monitor().type(taps({KEY_F12}));
+            return waitUntil([&] { return comesThrough(KEY_F12); }, std::chrono::milliseconds(100));
+        })) << desk_.describe();
+        const auto passed =
+            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+        std::cout << "Typing worked again after " << passed.count() << " ms." << std::endl;
+        return passed;
+    }
+
+    bool comesThrough(std::uint16_t code) const {
+        for (const KeyStroke& stroke : desk_.strokes())
+            if (stroke == KeyStroke{code, false}) return true;
+        return false;
+    }
+
+    /// A new channel does what the old one did.
+    void listenAgain() {
+        ASSERT_TRUE(waitUntil([&] { return desk_.keysDown().empty(); })) << desk_.describe();
+        ASSERT_EQ(owner().open(), "");
+        listen(TapOwner::Answer::swallow);
+        monitor().type(ctrlSpaceStrokes);
+        EXPECT_TRUE(hasGot(ctrlStrokes));
+    }
+};
+
+class OwnerFaults : public FaultTest, public testing::WithParamInterface<std::tuple<OwnerFault, Stage>> {};
+class ServiceFaults : public FaultTest, public testing::WithParamInterface<std::tuple<ServiceFault, Stage>> {};
+
+// What the service promises, and what a computer adds that is emulated and
+// shares its processors with others.
+constexpr std::chrono::milliseconds soon{600 + 1500};
+constexpr std::chrono::milliseconds afterWatchdog{3000 + 1500};
+
+}  // namespace
+
+TEST_P(OwnerFaults, LoseNoKeyAndLeaveNoneDown) {
+    const auto [fault, stage] = GetParam();
+    reach(stage);
+    const auto begin = std::chrono::steady_clock::now();
+    owner().process().signal(fault == OwnerFault::killed ? SIGKILL : SIGSTOP);
+    finish(stage);
+    monitor().type(taps({KEY_X}));
+
+    // Whatever was not swallowed before comes through, in order.
+    const std::vector<KeyStroke> expected = stage == Stage::swallowedKeyHeld ? ctrlStrokes : ctrlSpaceStrokes;
+    EXPECT_TRUE(hasGot(expected + taps({KEY_X})));
+    EXPECT_LT(timeUntilTypingWorks(begin), soon);
+    EXPECT_TRUE(becomesFree() || fault == OwnerFault::stopped);
+    if (fault == OwnerFault::killed) return;
+
+    owner().process().signal(SIGCONT);
+    owner().send(tap::Enable{});
+    listen(TapOwner::Answer::swallow);
+    monitor().type(ctrlSpaceStrokes);
+    EXPECT_TRUE(hasGot(ctrlStrokes));
+}
+
+INSTANTIATE_TEST_SUITE_P(AtEveryStage, OwnerFaults,
+                         testing::Combine(testing::Values(OwnerFault::killed, OwnerFault::stopped),
+                                          testing::Values(Stage::atRest, Stage::modifierHeld, Stage::questionWaits,
+                                                          Stage::swallowedKeyHeld)),
+                         nameOfPair);
+
+TEST_P(ServiceFaults, LeaveNoKeyDownAndGiveTheKeyboardBack) {
+    const auto [fault, stage] = GetParam();
+    reach(stage);
+    const pid_t pid = service_.pid();
+    const auto begin = std::chrono::steady_clock::now();
+    switch (fault) {
+        case ServiceFault::killed:
+            service_.signal(SIGKILL);
+            break;
+        case ServiceFault::stopped:
+        case ServiceFault::continued:
+            service_.signal(SIGSTOP);
+            break;
+        case ServiceFault::upgraded:
+            service_.restart();
+            break;
+    }
+    finish(stage);
+    if (fault == ServiceFault::continued) {
+        EXPECT_TRUE(holdsFor([&] { return service_.pid() == pid; }, std::chrono::milliseconds(500)));
+        service_.signal(SIGCONT);
+    }
+    EXPECT_LT(timeUntilTypingWorks(begin), fault == ServiceFault::stopped ? afterWatchdog : soon);
+    EXPECT_TRUE(waitUntil([&] { return desk_.keysDown().empty(); })) << desk_.describe();
+
+    if (fault == ServiceFault::continued) {
+        EXPECT_EQ(service_.pid(), pid);
+        owner().send(tap::Enable{});
+        return;
+    }
+    EXPECT_TRUE(waitUntil([&] { return owner().isClosed(); }));
+    listenAgain();
+    EXPECT_NE(service_.pid(), pid);
+}
+
+INSTANTIATE_TEST_SUITE_P(AtEveryStage, ServiceFaults,
+                         testing::Combine(testing::Values(ServiceFault::killed, ServiceFault::stopped,
+                                                          ServiceFault::continued, ServiceFault::upgraded),
+                                          testing::Values(Stage::atRest, Stage::modifierHeld, Stage::questionWaits,
+                                                          Stage::swallowedKeyHeld)),
+                         nameOfPair);
+
+}  // namespace quillmere::machine

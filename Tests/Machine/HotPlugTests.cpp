@@ -1,0 +1,116 @@
+#include "Tests/Machine/TapTest.h"
+
+#include <memory>
+
+// Keyboards that come and go while the tap is at work.
+namespace quillmere::machine {
+
+namespace {
+
+class HotPlug : public TapTest {
+protected:
+    void plugAndListen() {
+        plugKeyboard("usb");
+        ASSERT_TRUE(becomesGrabbed());
+    }
+
+    void unplug() { unplugKeyboard("usb"); }
+
+    testing::AssertionResult everythingIsReleased() {
+        if (waitUntil([&] { return desk_.keysDown().empty() && !desk_.clones().contains(usbKeyboard); }))
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure() << desk_.describe();
+    }
+};
+
+constexpr int rounds = 10;
+constexpr int keyboardsPerRound = 5;
+
+}  // namespace
+
+TEST_F(HotPlug, AKeyboardPluggedInLaterIsListenedToAsWell) {
+    listen(TapOwner::Answer::swallow);
+    plugAndListen();
+    monitor().type(taps({KEY_A}) + ctrlSpaceStrokes);
+    EXPECT_TRUE(hasGot(taps({KEY_A}) + ctrlStrokes));
+    for (const DeskEvent& event : desk_.events())
+        EXPECT_EQ(event.device, usbKeyboard);
+    unplug();
+    EXPECT_TRUE(everythingIsReleased());
+}
+
+TEST_F(HotPlug, AKeyHeldWhileItsKeyboardIsPulledOutIsReleased) {
+    listen(TapOwner::Answer::swallow);
+    plugAndListen();
+    EXPECT_TRUE(arrives({{KEY_LEFTSHIFT, true}, {KEY_A, true}}));
+    unplug();
+    EXPECT_TRUE(everythingIsReleased());
+}
+
+TEST_F(HotPlug, ASwallowedKeyHeldWhileItsKeyboardIsPulledOutLeavesNothingBehind) {
+    listen(TapOwner::Answer::swallow);
+    plugAndListen();
+    owner().clear();
+    monitor().type({{KEY_LEFTCTRL, true}, {KEY_SPACE, true}});
+    waitForQuestion();
+    unplug();
+    EXPECT_TRUE(everythingIsReleased());
+    // The owner is not left with a key that is down for ever.
+    EXPECT_TRUE(waitUntil([&] {
+        const auto events = owner().events();
+        return !events.empty() && events.back().kind == tap::KeyEventKind::release;
+    }));
+    EXPECT_TRUE(arrives(taps({KEY_SPACE})));
+}
+
+TEST_F(HotPlug, AKeyboardPulledOutDuringAQuestionHoldsNothingUp) {
+    listen(TapOwner::Answer::wait);
+    plugAndListen();
+    monitor().type({{KEY_LEFTCTRL, true}, {KEY_SPACE, true}});
+    waitForQuestion();
+    unplug();
+    EXPECT_TRUE(everythingIsReleased());
+    EXPECT_FALSE(owner().isClosed());
+}
+
+TEST_F(HotPlug, FiftyKeyboardsPluggedInAndPulledOutLeaveNothingBehind) {
+    listen(TapOwner::Answer::swallow);
+    const std::size_t files = service_.openFiles();
+    const pid_t pid = service_.pid();
+    for (int round = 0; round < rounds; ++round) {
+        for (int i = 0; i < keyboardsPerRound; ++i)
+            monitor().plugKeyboard("usb" + std::to_string(i));
+        // Every other round ends while their clones are still being made.
+        const bool untilGrabbed = round % 2 == 0;
+        ASSERT_TRUE(waitUntil([&] {
+            return desk_.originals().count(usbKeyboard) == keyboardsPerRound
+                   && (!untilGrabbed || desk_.clones().count(usbKeyboard) == keyboardsPerRound);
+        })) << desk_.describe();
+        EXPECT_TRUE(!untilGrabbed || becomesGrabbed());
+        // The newest is typed on, and pulled out with a key held.
+        monitor().type({{KEY_A, true}});
+        for (int i = 0; i < keyboardsPerRound; ++i)
+            monitor().unplugKeyboard("usb" + std::to_string(i));
+        ASSERT_TRUE(waitUntil([&] { return !desk_.originals().contains(usbKeyboard); })) << desk_.describe();
+        ASSERT_TRUE(everythingIsReleased());
+    }
+    desk_.clear();
+    monitor().type(taps({KEY_A}) + ctrlSpaceStrokes);
+    EXPECT_TRUE(hasGot(taps({KEY_A}) + ctrlStrokes));
+    EXPECT_EQ(service_.pid(), pid);
+    EXPECT_TRUE(waitUntil([&] { return service_.openFiles() <= files; })) << service_.openFiles() << " of " << files;
+}
+
+TEST_F(HotPlug, KeyboardsThatComeAndGoAtOnceDoNoHarm) {
+    listen(TapOwner::Answer::swallow);
+    for (int i = 0; i < 50; ++i) {
+        VirtualKeyboard keyboard({.name = "Fleeting keyboard"});
+        keyboard.type({{KEY_A, true}});
+    }
+    EXPECT_TRUE(waitUntil([&] {
+        return !desk_.originals().contains("Fleeting keyboard") && !desk_.clones().contains("Fleeting keyboard");
+    })) << desk_.describe();
+    EXPECT_TRUE(becomesGrabbed());
+}
+
+}  // namespace quillmere::machine

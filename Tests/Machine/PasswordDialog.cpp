@@ -1,0 +1,77 @@
+#include "Tests/Machine/PasswordDialog.h"
+
+#include "Tests/Support/SupportError.h"
+#include "Tests/Support/WaitUntil.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <functional>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace quillmere::machine {
+
+using support::ChildProcess;
+using support::SupportError;
+
+namespace {
+
+std::function<void()> entrance(const Session& session, std::string terminal) {
+    return [enter = session.entrance(), terminal = std::move(terminal)] {
+        const int descriptor = open(terminal.c_str(), O_RDWR | O_NOCTTY);
+        for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            if (dup2(descriptor, standard) < 0) _exit(125);
+        enter();
+    };
+}
+
+}  // namespace
+
+PasswordDialog::PasswordDialog(const Session& session, pid_t subject)
+    : terminal_(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {
+    if (terminal_ < 0 || grantpt(terminal_) != 0 || unlockpt(terminal_) != 0) throw SupportError("no terminal", errno);
+    std::array<int, 2> ready{};
+    if (pipe2(ready.data(), O_CLOEXEC) != 0) throw SupportError("no pipe", errno);
+    const std::string terminal = ptsname(terminal_);
+    if (chown(terminal.c_str(), session.user(), session.user()) != 0) throw SupportError("no terminal", errno);
+    agent_.emplace(ChildProcess::Options{
+        // It reads the password from the terminal that controls it.
+        .arguments = {"setsid", "--ctty", "--wait", "pkttyagent", "--process", std::to_string(subject), "--notify-fd",
+                      std::to_string(ready[1])},
+        .environment = session.environment(),
+        .output = {},
+        .inheritedDescriptors = {ready[1]},
+        .prepare = entrance(session, terminal)});
+    close(ready[1]);
+    // It closes its end when polkit knows it.
+    std::array<char, 1> nothing{};
+    const bool isReady = read(ready[0], nothing.data(), nothing.size()) == 0 && agent_->isRunning();
+    close(ready[0]);
+    if (!isReady) throw SupportError("no dialog: " + shown());
+}
+
+PasswordDialog::~PasswordDialog() {
+    agent_.reset();
+    close(terminal_);
+}
+
+void PasswordDialog::enter(std::string_view password) {
+    if (!support::waitUntil([this] { return shown().find("Password:") != std::string::npos; }))
+        throw SupportError("nobody asks for a password: " + shown());
+    const std::string line = std::string(password) + "\n";
+    if (write(terminal_, line.data(), line.size()) != static_cast<ssize_t>(line.size()))
+        throw SupportError("cannot type the password", errno);
+}
+
+const std::string& PasswordDialog::shown() {
+    std::array<char, 4096> buffer{};
+    ssize_t size = 0;
+    while ((size = read(terminal_, buffer.data(), buffer.size())) > 0)
+        shown_.append(buffer.data(), static_cast<std::size_t>(size));
+    return shown_;
+}
+
+}  // namespace quillmere::machine

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tests/Machine/SystemBus.h"
+
+#include <cstddef>
+
+#include <sys/types.h>
+
+namespace quillmere::machine {
+
+/// The tap service as the system runs it.
+class Service {
+public:
+    /// 0 while none runs.
+    pid_t pid();
+    /// Waits until one runs whose pid is not `old`, which the next call to it
+    /// starts; throws SupportError when none comes.
+    pid_t waitForPid(pid_t old = 0);
+    void signal(int number);
+    /// As a package's upgrade does.
+    void restart();
+    /// How many files it has open.
+    std::size_t openFiles();
+
+    /// Lets `user` have the tap, or not any more, without asking anybody.
+    static void grant(uid_t user);
+    static void revoke(uid_t user);
+
+private:
+    SystemBus bus_;
+};
+
+}  // namespace quillmere::machine

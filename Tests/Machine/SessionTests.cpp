@@ -1,0 +1,150 @@
+#include "Tests/Machine/PasswordDialog.h"
+#include "Tests/Machine/TapTest.h"
+
+#include <chrono>
+#include <optional>
+
+// Who gets the tap, and who does not.
+namespace quillmere::machine {
+
+namespace {
+
+constexpr const char* notGranted = "org.quillmere.KeyTap1.Error.NotGranted";
+constexpr const char* notActive = "org.quillmere.KeyTap1.Error.NotActive";
+
+class Sessions : public TapTest {
+protected:
+    void TearDown() override {
+        Service::revoke(stranger);
+        session().activate();
+        TapTest::TearDown();
+    }
+
+    void swallows() {
+        monitor().type(ctrlSpaceStrokes);
+        EXPECT_TRUE(hasGot(ctrlStrokes));
+    }
+};
+
+}  // namespace
+
+TEST_F(Sessions, AUserWithoutAGrantIsRefused) {
+    Session other({.user = stranger, .terminal = 2});
+    other.activate();
+    TapOwner refused(other);
+    EXPECT_EQ(refused.hasAccess(), "no");
+    EXPECT_EQ(refused.open(), notGranted);
+    Service::grant(stranger);
+    EXPECT_EQ(refused.hasAccess(), "");
+    EXPECT_EQ(refused.open(), "");
+}
+
+TEST_F(Sessions, ARemoteSessionIsRefused) {
+    Session remote({.user = writer, .terminal = 0, .isRemote = true});
+    EXPECT_EQ(TapOwner(remote).open(), notActive);
+}
+
+TEST_F(Sessions, AnotherUsersProcessInTheActiveSessionIsRefused) {
+    Service::grant(stranger);
+    EXPECT_EQ(TapOwner(session(), stranger).open(), notActive);
+}
+
+TEST_F(Sessions, ASessionInTheBackgroundIsRefused) {
+    Service::grant(stranger);
+    Session background({.user = stranger, .terminal = 2});
+    EXPECT_EQ(TapOwner(background).open(), notActive);
+}
+
+TEST_F(Sessions, OnlyTheTapOfTheActiveSessionSeesAnything) {
+    listen(TapOwner::Answer::swallow);
+    Service::grant(stranger);
+    Session other({.user = stranger, .terminal = 2});
+    other.activate();
+    owner().clear();
+    EXPECT_TRUE(becomesFree());
+    EXPECT_TRUE(arrives(ctrlSpaceStrokes));
+    EXPECT_TRUE(owner().events().empty());
+
+    TapOwner second(other);
+    ASSERT_EQ(second.open(), "");
+    second.answer(TapOwner::Answer::swallow);
+    second.send(tap::Interest{.shortcuts = {ctrlSpace}});
+    ASSERT_TRUE(becomesGrabbed());
+    swallows();
+    EXPECT_EQ(second.events().size(), 2U);
+    EXPECT_TRUE(owner().events().empty());
+
+    session().activate();
+    second.clear();
+    ASSERT_TRUE(becomesGrabbed());
+    swallows();
+    EXPECT_EQ(questions(), 1U);
+    EXPECT_TRUE(second.events().empty());
+}
+
+TEST_F(Sessions, RevocationTakesTheTapAwayAtOnce) {
+    listen(TapOwner::Answer::swallow);
+    EXPECT_EQ(owner().revokeAccess(), "");
+    EXPECT_TRUE(waitUntil([&] { return owner().isClosed(); }));
+    EXPECT_TRUE(becomesFree());
+    EXPECT_TRUE(arrives(ctrlSpaceStrokes));
+    EXPECT_EQ(owner().hasAccess(), "no");
+    EXPECT_EQ(owner().open(), notGranted);
+}
+
+TEST_F(Sessions, AGrantThatAnAdministratorRemovesIsGoneAtOnce) {
+    listen(TapOwner::Answer::swallow);
+    Service::revoke(writer);
+    EXPECT_TRUE(waitUntil([&] { return owner().isClosed(); }));
+    EXPECT_TRUE(becomesFree());
+    EXPECT_EQ(owner().open(), notGranted);
+}
+
+TEST_F(Sessions, ALockedSessionRecordsNothing) {
+    owner().answer(TapOwner::Answer::swallow);
+    owner().send(tap::Interest{.everyKey = true, .shortcuts = {ctrlSpace}});
+    ASSERT_TRUE(waitUntil([&] {
+        owner().clear();
+        monitor().type(taps({KEY_K}));
+        return waitUntil([&] { return owner().events().size() == 2; }) && questions() == 1;
+    }));
+    session().setLocked(true);
+    ASSERT_TRUE(waitUntil([&] {
+        desk_.clear();
+        monitor().type(taps({KEY_K}));
+        return waitUntil([&] { return desk_.strokes() == taps({KEY_K}); }, std::chrono::milliseconds(500));
+    }));
+    owner().clear();
+    desk_.clear();
+    EXPECT_TRUE(arrives(taps({KEY_S, KEY_E, KEY_C, KEY_R, KEY_E, KEY_T, KEY_ENTER})));
+    EXPECT_TRUE(owner().events().empty());
+    session().setLocked(false);
+}
+
+TEST_F(Sessions, TheAdministratorsPasswordGrantsTheTap) {
+    Service::revoke(writer);
+    PasswordDialog dialog(session(), owner().process().pid());
+    owner().beginRequestAccess();
+    dialog.enter("root-secret");
+    std::optional<std::string> result;
+    EXPECT_TRUE(waitUntil([&] { return (result = owner().result()).has_value(); })) << dialog.shown();
+    EXPECT_EQ(result, "");
+    EXPECT_EQ(owner().hasAccess(), "");
+    EXPECT_EQ(owner().open(), "");
+    // It is remembered, so that nobody is asked a second time.
+    EXPECT_EQ(owner().requestAccess(), "");
+}
+
+TEST_F(Sessions, AWrongPasswordGrantsNothing) {
+    Service::revoke(writer);
+    PasswordDialog dialog(session(), owner().process().pid());
+    owner().beginRequestAccess();
+    dialog.enter("wrong");
+    std::optional<std::string> result;
+    EXPECT_TRUE(waitUntil([&] { return (result = owner().result()).has_value(); })) << dialog.shown();
+    EXPECT_EQ(result, "no");
+    EXPECT_EQ(owner().hasAccess(), "no");
+    EXPECT_EQ(owner().open(), notGranted);
+}
+
+}  // namespace quillmere::machine
