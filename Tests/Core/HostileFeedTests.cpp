@@ -49,7 +49,6 @@ void addWrongTypes(Bodies& bodies) {
     const std::string values[] = {"null",       "true",          "false",    "0",  "-1",     "1.5",
                                   "1e400",      "1e99999999999", "[]",       "{}", "[null]", "[[]]",
                                   "{\"en\":1}", "{\"en\":[1]}",  "[\"2.0\"]"};
-    const std::string besideFeed = "," + goodFeed + "]";
     for (const std::string& value : values) {
         bodies.push_back({"version " + value, "{\"version\":" + value + ",\"file\":\"a.zip\"}", Answer::unreadable});
         bodies.push_back({"size " + value, with("size", value), Answer::available});
@@ -58,7 +57,9 @@ void addWrongTypes(Bodies& bodies) {
         bodies.push_back({"a file " + value, "{\"version\":\"2.0\",\"file\":" + value + "}", Answer::noDownload});
         bodies.push_back({"an unknown key " + value, with("unknown", value), Answer::available});
         bodies.push_back({"instead of the feed " + value, value, Answer::unreadable});
-        bodies.push_back({"beside the feed " + value, "[" + value + besideFeed, Answer::unreadable});
+        std::string list = "[" + goodFeed;
+        list += "," + value + "]";
+        bodies.push_back({"beside the feed " + value, list, Answer::unreadable});
     }
 }
 
