@@ -34,6 +34,8 @@ int indexOf(const Cases& cases, Case value) {
 /// A label and what it labels, side by side from the left.
 QHBoxLayout* row(PaletteLabel* label, QWidget* control) {
     control->setAccessibleName(label->text());
+    // of a list that pops up, assistive programs take the choice for its name
+    label->setBuddy(control);
     auto* const row = new QHBoxLayout;
     row->setSpacing(8);
     row->addWidget(label);

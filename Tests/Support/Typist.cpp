@@ -50,7 +50,16 @@ void Typist::movePointer(QPoint to) {
 }
 
 void Typist::click() {
+    pressButton();
+    releaseButton();
+}
+
+void Typist::pressButton() {
     XTestFakeButtonEvent(connection_.display(), Button1, True, CurrentTime);
+    connection_.synchronize();
+}
+
+void Typist::releaseButton() {
     XTestFakeButtonEvent(connection_.display(), Button1, False, CurrentTime);
     connection_.synchronize();
 }

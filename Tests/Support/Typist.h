@@ -49,6 +49,8 @@ public:
     void movePointer(QPoint to);
     /// The left button, where the pointer is.
     void click();
+    void pressButton();
+    void releaseButton();
 
 private:
     XConnection connection_;
