@@ -23,11 +23,12 @@ std::string padded(const std::string& action) {
 }  // namespace
 
 void Sight::heading(const std::string& text) {
-    std::cout << '\n' << text << std::endl;
+    std::cout << '\n' << text << '\n';
 }
 
 bool Sight::expect(const std::string& action, const std::string& what, bool isSeen) {
-    std::cout << (isSeen ? "  ✓ " : "  ✗ ") << padded(action) << what << (isSeen ? "" : "  (not seen)") << std::endl;
+    std::cout << (isSeen ? "  ✓ " : "  ✗ ") << padded(action) << what << (isSeen ? "" : "  (not seen)") << "\n"
+              << std::flush;
     if (isSeen)
         ++seen_;
     else
@@ -36,7 +37,7 @@ bool Sight::expect(const std::string& action, const std::string& what, bool isSe
 }
 
 void Sight::remark(const std::string& text) {
-    std::cout << "    " << text << std::endl;
+    std::cout << "    " << text << '\n';
 }
 
 }  // namespace quillmere::demonstration
