@@ -1,5 +1,7 @@
 #include "Tests/Desktop/TapTest.h"
 
+#include <QCoreApplication>
+
 #include <X11/Xlib.h>
 
 #include <algorithm>
@@ -368,6 +370,25 @@ TEST_F(TapTest, InstallingIsRefusedWithoutAServerAndWorksOnceThereIsOne) {
     ASSERT_TRUE(late.install(note));
     typist->chord(controlAlt, keys::space);
     EXPECT_TRUE(waitForEvents(keyUp, 1));
+}
+
+TEST_F(TapTest, TheEndOfTheServerIsNotTheEndOfTheProgram) {
+    const auto sources = XkbInputSources::create();
+    ASSERT_NE(sources, nullptr);
+    install({.shortcuts = {controlAltSpace}});
+    witness.reset();
+    typist.reset();
+    windowManager.reset();
+    server.reset();
+    tap->setInterest({});
+    tap->setInterest({.shortcuts = {controlAltSpace}});
+    tap->enable();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(sources->currentID(), std::nullopt);
+    EXPECT_TRUE(sources->sources().empty());
+    EXPECT_NE(sources->select({.id = "xkb:us"}), 0);
+    tap.reset();
+    EXPECT_TRUE(events.empty());
 }
 
 TEST_F(TapTest, ChangesOfTheLayoutsLeaveTheShortcutWorking) {

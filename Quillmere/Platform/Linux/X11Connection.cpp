@@ -3,6 +3,7 @@
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput2.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <mutex>
@@ -14,12 +15,14 @@ namespace quillmere {
 
 namespace {
 
-// Xlib has one error handler for the whole process, and its own ends the
-// process. Errors of other people's connections stay theirs.
+// Xlib has one pair of error handlers for the whole process, and its own ones
+// end the process, from whatever thread. Errors of other people's connections
+// stay theirs.
 struct ErrorHandling {
     std::mutex mutex;
     std::vector<Display*> ours;
     XErrorHandler previous = nullptr;
+    XIOErrorHandler previousOfLoss = nullptr;
 };
 
 ErrorHandling& errorHandling() {
@@ -27,15 +30,23 @@ ErrorHandling& errorHandling() {
     return instance;
 }
 
+bool isOurs(Display* display) {
+    ErrorHandling& handling = errorHandling();
+    const std::scoped_lock lock(handling.mutex);
+    return std::ranges::find(handling.ours, display) != handling.ours.end();
+}
+
 int handleError(Display* display, XErrorEvent* event) {
-    XErrorHandler previous = nullptr;
-    {
-        ErrorHandling& handling = errorHandling();
-        const std::scoped_lock lock(handling.mutex);
-        if (std::ranges::find(handling.ours, display) != handling.ours.end()) return 0;
-        previous = handling.previous;
-    }
+    if (isOurs(display)) return 0;
+    const XErrorHandler previous = errorHandling().previous;
     return previous == nullptr ? 0 : previous(display, event);
+}
+
+int handleLoss(Display* display) {
+    // What follows for ours is the exit handler that each has of its own.
+    if (isOurs(display)) return 0;
+    const XIOErrorHandler previous = errorHandling().previousOfLoss;
+    return previous == nullptr ? 0 : previous(display);
 }
 
 void adopt(Display* display) {
@@ -43,7 +54,10 @@ void adopt(Display* display) {
     const std::scoped_lock lock(handling.mutex);
     handling.ours.push_back(display);
     static std::once_flag installed;
-    std::call_once(installed, [&] { handling.previous = XSetErrorHandler(handleError); });
+    std::call_once(installed, [&] {
+        handling.previous = XSetErrorHandler(handleError);
+        handling.previousOfLoss = XSetIOErrorHandler(handleLoss);
+    });
 }
 
 void abandon(Display* display) {
@@ -72,6 +86,12 @@ X11Connection::X11Connection(_XDisplay* display) : display_(display) {
 }
 
 X11Connection::~X11Connection() {
+    if (isLost_) {
+        // Xlib keeps the display of a lost connection locked for the thread
+        // that noticed, so closing it would wait for ever.
+        close(ConnectionNumber(display_));
+        return;
+    }
     XCloseDisplay(display_);
     abandon(display_);
 }

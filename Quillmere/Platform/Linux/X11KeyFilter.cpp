@@ -130,7 +130,6 @@ void X11KeyFilter::processEvents() {
         XEvent event;
         XNextEvent(connection_.display(), &event);
         dispatch(event);
-        if (staleEvents_ > 0) --staleEvents_;
     }
 }
 
@@ -213,10 +212,8 @@ void X11KeyFilter::rawPress(unsigned int keyCode, unsigned long time) {
     }
     if (keyCode == matcher_.keymap().unusedKeyCode()) return;
     if (isFnTold_ && !matcher_.isFlagKey(keyCode)) tellOtherKey(time);
-    // Where a grab of ours has the keyboard, or had it when this was told, the
-    // modifiers of this press are not known yet and the grabs miss nothing.
-    if (isHoldingKeyboard() || staleEvents_ > 0 || !matcher_.wantsPress(keyCode, modifiers_)) return;
-    pending_.add({.keyCode = keyCode, .time = time, .modifiers = modifiers_});
+    if (matcher_.wantsPress(keyCode, modifiers_))
+        pending_.add({.keyCode = keyCode, .time = time, .modifiers = modifiers_});
 }
 
 void X11KeyFilter::rawRelease(unsigned int keyCode, unsigned long time) {
@@ -265,10 +262,7 @@ InterceptDecision X11KeyFilter::decide(const GrabbedKey& key) {
     KeyEventFields event = fields(KeyEventType::keyDown, key.modifiers, key.time);
     event.keyCode = X11KeyMatcher::virtualKey(key.keyCode);
     told_.set(key.keyCode);
-    const InterceptDecision decision = exchange_.ask(event);
-    // The raw feed may have run ahead of the keyboard that stood still.
-    if (!down_[key.keyCode]) tellRelease(key.keyCode, key.time);
-    return decision;
+    return exchange_.ask(event);
 }
 
 void X11KeyFilter::grabbedRelease(const GrabbedKey& key) {
@@ -315,10 +309,7 @@ void X11KeyFilter::replayToClient() {
     XIAllowEvents(connection_.display(), connection_.masterKeyboard(), XIReplayDevice, CurrentTime);
     grabbingKey_ = 0;
     recording_.forget();
-    // What comes after this is new; what is in the queue by then was told
-    // while the keyboard stood still, without its modifiers.
-    connection_.synchronize();
-    staleEvents_ = XEventsQueued(connection_.display(), QueuedAlready) + 1;
+    XFlush(connection_.display());
     updateRecording();
 }
 

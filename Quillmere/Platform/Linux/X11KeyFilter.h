@@ -24,8 +24,9 @@ namespace quillmere {
 ///
 /// Two feeds: grabs deliver the presses of interest and hold the keyboard
 /// still until there is a verdict; raw events tell of everything that happens
-/// on the keyboard, also what the grabs miss. Each key that the callback was
-/// told of as pressed it is also told of as released.
+/// on the keyboard, also what the grabs miss. Both come in the order of the
+/// fingers: while the keyboard stands still, raw events wait as well. Each key
+/// that the callback was told of as pressed it is also told of as released.
 class X11KeyFilter {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -106,7 +107,6 @@ private:
     unsigned int modifiers_ = 0;    ///< real ones in effect
     unsigned long lastTime_ = 0;    ///< of the last event
     unsigned int grabbingKey_ = 0;  ///< the held key whose grab has the keyboard; 0 without
-    int staleEvents_ = 0;           ///< events in the queue that were told while the keyboard stood still
     bool isFnDown_ = false;
     bool isFnTold_ = false;  ///< what the callback knows of Fn
     Keys down_;              ///< by the raw feed
