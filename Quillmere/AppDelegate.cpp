@@ -100,7 +100,13 @@ void AppDelegate::startInterceptor() {
     observeInterest();
     permissionGate_ = std::make_unique<PermissionGate>([this] { return interceptor().start(); });
     if (permissionGate_->state() == PermissionGate::State::granted) return;
-    permissionGate_->onChange = [this](PermissionGate::State) { retryTimer_.reset(); };
+    permissionWindow_ = std::make_unique<PermissionWindow>(
+        std::make_shared<PermissionModel>(), *platform_.mainQueue, *platform_.workspace, *platform_.permissionRequest);
+    permissionWindow_->show();
+    permissionGate_->onChange = [this](PermissionGate::State) {
+        permissionWindow_->granted();
+        retryTimer_.reset();
+    };
     retryTimer_ = platform_.mainQueue->every(1.0, [this] { permissionGate_->tick(); });
 }
 

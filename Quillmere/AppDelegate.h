@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Quillmere/ConfigModel.h"
+#include "Quillmere/Permission/PermissionWindow.h"
 #include "Quillmere/Plate/SwitchHUD.h"
 #include "Quillmere/Platform/Platform.h"
 #include "Quillmere/Settings/AppSettings.h"
@@ -49,6 +50,9 @@ public:
     /// The keyboard filter, made on first use.
     KeyInterceptor& interceptor();
     const PermissionGate* permissionGate() const { return permissionGate_.get(); }
+    /// The window that asks for the permission; null unless it was missing at
+    /// launch.
+    PermissionWindow* permissionWindow() { return permissionWindow_.get(); }
     /// Whether the permission is being polled for.
     bool isRetrying() const { return retryTimer_ != nullptr; }
     /// The status item, from launch on; null before.
@@ -79,6 +83,7 @@ private:
     std::unique_ptr<StatusItem> statusItem_;
     MainQueue::JobHandle retryTimer_;
     std::unique_ptr<PermissionGate> permissionGate_;
+    std::unique_ptr<PermissionWindow> permissionWindow_;
     UpdateStore updateStore_;
     std::unique_ptr<UpdateWindow> updateWindow_;
     UpdateAlert updateAlert_;

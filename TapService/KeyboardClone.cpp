@@ -35,7 +35,8 @@ constexpr std::size_t longestFrame = 1024;
 
 input_event rawEvent(const InputEvent& event) {
     input_event raw{};
-    // The kernel keeps the time of what happened, and with it the rhythm.
+    // Kernels from 6.7 on keep the time of what happened; older ones stamp the
+    // event anew.
     const auto seconds = std::chrono::floor<std::chrono::seconds>(event.time);
     raw.input_event_sec = seconds.count();
     raw.input_event_usec = std::chrono::floor<std::chrono::microseconds>(event.time - seconds).count();

@@ -6,6 +6,7 @@
 #include "Quillmere/Platform/InputSourceService.h"
 #include "Quillmere/Platform/LoginItem.h"
 #include "Quillmere/Platform/MainQueue.h"
+#include "Quillmere/Platform/PermissionRequest.h"
 #include "Quillmere/Platform/PlatePanel.h"
 #include "Quillmere/Platform/TrayHost.h"
 #include "Quillmere/Platform/Workspace.h"
@@ -28,6 +29,7 @@ struct Platform {
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<Bundle> bundle;
     std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<PermissionRequest> permissionRequest;
 };
 
 /// The running system's own. Needs the application object; main thread.

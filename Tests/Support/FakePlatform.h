@@ -6,6 +6,7 @@
 #include "Tests/Support/FakeEventTap.h"
 #include "Tests/Support/FakeInputSourceService.h"
 #include "Tests/Support/FakeLoginItem.h"
+#include "Tests/Support/FakePermissionRequest.h"
 #include "Tests/Support/FakePlatePanel.h"
 #include "Tests/Support/FakeTrayHost.h"
 #include "Tests/Support/FakeWorkspace.h"
@@ -44,6 +45,7 @@ public:
     FakeLoginItem& loginItem = make<FakeLoginItem>(platform_.loginItem);
     FakeBundle& bundle = make<FakeBundle>(platform_.bundle);
     FakeWorkspace& workspace = make<FakeWorkspace>(platform_.workspace);
+    FakePermissionRequest& permissionRequest = make<FakePermissionRequest>(platform_.permissionRequest);
 };
 
 }  // namespace quillmere

@@ -11,7 +11,7 @@ namespace quillmere {
 
 namespace {
 
-constexpr qint64 largestFile = 64 * 1024;
+constexpr qint64 largestFile = qint64{64} * 1024;
 
 QByteArray read(const QString& path) {
     // Opening a pipe would wait for a writer, and with it the start-up.

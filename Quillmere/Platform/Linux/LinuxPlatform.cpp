@@ -1,14 +1,21 @@
 #include "Quillmere/Platform/Linux/DesktopLoginItem.h"
 #include "Quillmere/Platform/Linux/DesktopWorkspace.h"
+#include "Quillmere/Platform/Linux/FallbackEventTap.h"
 #include "Quillmere/Platform/Linux/InfoBundle.h"
 #include "Quillmere/Platform/Linux/PortalAppearance.h"
 #include "Quillmere/Platform/Linux/QtMainQueue.h"
+#include "Quillmere/Platform/Linux/ServiceEventTap.h"
+#include "Quillmere/Platform/Linux/ServicePermissionRequest.h"
 #include "Quillmere/Platform/Linux/SqliteDefaults.h"
 #include "Quillmere/Platform/Linux/StatusNotifierHost.h"
 #include "Quillmere/Platform/Linux/X11EventTap.h"
 #include "Quillmere/Platform/Linux/X11PlatePanel.h"
 #include "Quillmere/Platform/Linux/XkbInputSources.h"
 #include "Quillmere/Platform/Platform.h"
+
+#include <QPointer>
+
+#include <utility>
 
 namespace quillmere {
 
@@ -30,17 +37,27 @@ std::unique_ptr<InputSourceService> makeInputSources() {
 }  // namespace
 
 Platform makePlatform() {
+    // First, since the service may have to be started meanwhile.
+    auto serviceTap = std::make_unique<ServiceEventTap>();
+    auto workspace = std::make_unique<DesktopWorkspace>();
+    auto permissionRequest =
+        std::make_unique<ServicePermissionRequest>(*workspace, ServicePermissionRequest::standardDocumentation());
+    // Or the next probe would only ask, and the one after that find the answer.
+    permissionRequest->onGranted = [tap = QPointer(serviceTap.get())] {
+        if (tap) tap->request();
+    };
     return {
         .mainQueue = std::make_unique<QtMainQueue>(),
         .userDefaults = std::make_unique<SqliteDefaults>(SqliteDefaults::standardFile()),
         .inputSources = makeInputSources(),
-        .eventTap = std::make_unique<X11EventTap>(),
+        .eventTap = std::make_unique<FallbackEventTap>(std::move(serviceTap), std::make_unique<X11EventTap>()),
         .platePanel = std::make_unique<X11PlatePanel>(),
         .appearance = std::make_unique<PortalAppearance>(),
         .trayHost = std::make_unique<StatusNotifierHost>(),
         .loginItem = std::make_unique<DesktopLoginItem>(),
         .bundle = std::make_unique<InfoBundle>(),
-        .workspace = std::make_unique<DesktopWorkspace>(),
+        .workspace = std::move(workspace),
+        .permissionRequest = std::move(permissionRequest),
     };
 }
 

@@ -1,0 +1,88 @@
+#include "Quillmere/Permission/PermissionView.h"
+
+#include "Quillmere/Controls/AccentButtonStyle.h"
+#include "Quillmere/Controls/ChipButtonStyle.h"
+#include "Quillmere/Updates/WrappedLabel.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace quillmere {
+
+namespace {
+
+// All in points.
+constexpr int viewWidth = 420;
+constexpr int padding = 24;
+constexpr int spacing = 16;
+constexpr int buttonSpacing = 10;
+
+QVBoxLayout* makeColumn(QWidget* content) {
+    auto* const column = new QVBoxLayout(content);
+    column->setContentsMargins(padding, padding, padding, padding);
+    column->setSpacing(spacing);
+    return column;
+}
+
+}  // namespace
+
+PermissionView::PermissionView(std::shared_ptr<const PermissionModel> model, Actions actions, QWidget* parent)
+    : QWidget(parent), model_(std::move(model)), actions_(std::move(actions)) {
+    connect(model_.get(), &PermissionModel::stateChanged, this, [this] { update(); });
+    update();
+}
+
+void PermissionView::update() {
+    if (content_ != nullptr) {
+        content_->hide();
+        content_->deleteLater();
+    }
+    content_ = model_->state() == PermissionGate::State::granted ? makeGranted() : makeNeeded();
+    content_->setParent(this);
+    const int height = content_->layout()->heightForWidth(viewWidth);
+    content_->setGeometry(0, 0, viewWidth, height);
+    content_->show();
+    setFixedSize(viewWidth, height);
+}
+
+QWidget* PermissionView::makeNeeded() {
+    auto* const content = new QWidget;
+    auto* const column = makeColumn(content);
+    column->addWidget(new WrappedLabel(
+        QStringLiteral("Quillmere needs Accessibility access to see your shortcut keys."), TextStyle::title));
+    column->addWidget(new WrappedLabel(
+        QStringLiteral("Open System Settings, go to Privacy & Security › Accessibility and switch Quillmere on."),
+        TextStyle::body, Palette::muted()));
+    auto* const row = new QHBoxLayout;
+    row->setSpacing(buttonSpacing);
+    auto* const settings = new AccentButton(QStringLiteral("Open System Settings"));
+    auto* const quit = new ChipButton(QStringLiteral("Quit"));
+    connect(settings, &QAbstractButton::clicked, this, actions_.onOpenSettings);
+    connect(quit, &QAbstractButton::clicked, this, actions_.onQuit);
+    row->addWidget(settings);
+    row->addWidget(quit);
+    row->addStretch();
+    column->addLayout(row);
+    column->addWidget(
+        new PaletteLabel(QStringLiteral("Waiting for permission…"), TextStyle::caption, Palette::muted()));
+    return content;
+}
+
+QWidget* PermissionView::makeGranted() {
+    auto* const content = new QWidget;
+    auto* const column = makeColumn(content);
+    column->addWidget(new WrappedLabel(QStringLiteral("Permission granted. Quillmere is ready."), TextStyle::title));
+    auto* const done = new AccentButton(QStringLiteral("Done"));
+    connect(done, &QAbstractButton::clicked, this, actions_.onDone);
+    column->addWidget(done, 0, Qt::AlignLeft);
+    return content;
+}
+
+void PermissionView::paintEvent(QPaintEvent* /*event*/) {
+    QPainter(this).fillRect(rect(), Palette::window().resolved(Palette::isDark()));
+}
+
+}  // namespace quillmere

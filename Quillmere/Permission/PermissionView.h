@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Quillmere/Permission/PermissionModel.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+
+namespace quillmere {
+
+/// The content of the permission window: what is missing and how to give it,
+/// or that all is well. 420 points wide and as high as that needs; it follows
+/// the model.
+class PermissionView : public QWidget {
+public:
+    struct Actions {
+        std::function<void()> onOpenSettings;
+        std::function<void()> onQuit;
+        std::function<void()> onDone;
+    };
+
+    PermissionView(std::shared_ptr<const PermissionModel> model, Actions actions, QWidget* parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void update();
+    QWidget* makeNeeded();
+    QWidget* makeGranted();
+
+    std::shared_ptr<const PermissionModel> model_;
+    Actions actions_;
+    QWidget* content_ = nullptr;
+};
+
+}  // namespace quillmere

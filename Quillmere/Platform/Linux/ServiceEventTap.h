@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Quillmere/Platform/EventTap.h"
+#include "Quillmere/Platform/Linux/TapSocket.h"
+#include "TapService/TapProtocol.h"
+
+#include <QDBusConnection>
+#include <QDBusPendingCallWatcher>
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+namespace quillmere {
+
+/// The keyboard filter of the key-tap service, under any display server. Once
+/// installed it finds its service again by itself, whatever becomes of that.
+class ServiceEventTap final : public QObject, public EventTap {
+    Q_OBJECT
+public:
+    /// How long the first `install` waits for the service at the most: it may
+    /// have to be started. No later call waits.
+    static constexpr std::chrono::milliseconds firstWait{2000};
+
+    /// Asks for a tap at once, so that the answer is there when it is needed.
+    explicit ServiceEventTap(const QDBusConnection& bus = QDBusConnection::systemBus());
+    ~ServiceEventTap() override;
+
+    bool install(Callback callback) override;
+    void enable() override;
+    void setInterest(const KeyInterest& interest) override;
+
+    /// Asks for a tap, unless there is one or an answer is on its way: the
+    /// permission may just have come.
+    void request();
+
+signals:
+    /// An installed tap has gone, and the service gives no other for now.
+    void lost();
+
+private:
+    void request(std::chrono::milliseconds patience);
+    void answered();
+    void retry();
+    void open(int descriptor);
+    void close();
+    void send(const tap::ClientMessage& message);
+
+    void receive();
+    void handle(const std::vector<tap::ServiceMessage>& messages);
+    void handleKey(const tap::KeyEvent& event, bool isStillAwaited);
+    void handleDisabled(tap::DisabledReason reason);
+    void releaseFn();
+
+    QDBusConnection bus_;
+    Callback callback_;
+    tap::Interest interest_;
+    std::unique_ptr<QDBusPendingCallWatcher> question_;
+    std::unique_ptr<TapSocket> socket_;
+    bool isReceiving_ = false;
+    bool hasWaited_ = false;
+    bool isInstalled_ = false;
+    bool fnIsDown_ = false;  ///< as the callback was last told
+    QTimer retryTimer_;
+    std::chrono::seconds retryDelay_;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "TapService/GrantStore.h"
+#include "TapService/KeyTapObject.h"
+#include "TapService/TapServer.h"
+#include "Tests/Core/FakeMachine.h"
+#include "Tests/Core/FakeSessions.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <thread>
+
+namespace quillmere {
+
+/// The key-tap service on a private bus, in a thread of its own: all of it but
+/// the keyboards and the sessions, which are played.
+class TapServiceHost {
+public:
+    /// Starts it, with the sessions "a" of this process's user in front and
+    /// "b" of nobody behind. `state` is its state folder.
+    TapServiceHost(const std::string& busAddress, const std::filesystem::path& state);
+    /// Ends it as SIGTERM does.
+    ~TapServiceHost();
+    TapServiceHost(const TapServiceHost&) = delete;
+    TapServiceHost& operator=(const TapServiceHost&) = delete;
+
+    // Each waits until the service has done it.
+
+    void grant();
+    void revoke();
+    bool isGranted();
+    void activate(const std::string& session);
+    /// Moves keys of the one keyboard, as "+ctrl +space".
+    void type(const std::string& words);
+    /// What came out of its clone so far.
+    std::string output();
+    bool isGrabbed();
+    std::size_t tapCount();
+    bool isBusy();
+
+private:
+    struct Service;
+
+    void run();
+    /// In the service's thread.
+    void perform(const std::function<void(Service&)>& job);
+
+    std::string busAddress_;
+    std::filesystem::path state_;
+    int requests_[2];
+    std::thread thread_;
+};
+
+}  // namespace quillmere
