@@ -9,7 +9,7 @@ namespace quillmere {
 
 namespace {
 
-constexpr qint64 chunk = 16 * 1024;
+constexpr qint64 chunk = qint64{16} * 1024;
 
 /// The first status that Qt reports as an error of the transfer although an
 /// answer has arrived.

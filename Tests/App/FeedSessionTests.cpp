@@ -61,7 +61,7 @@ TEST(FeedSession, GivesTheBodyOfAnAnswer) {
     EXPECT_EQ(answer.body, "{\"version\": \"1.0\"}");
 }
 
-TEST(FeedSession, AsksWithAPlainGetThatCarriesNothingAboutTheUser) {
+TEST(FeedSession, AsksWithAPlainGetThatIdentifiesNobody) {
     HttpServer server;
     server.answer("/feed", HttpAnswer::with("200 OK", "x"));
     FeedSession session(patient);
