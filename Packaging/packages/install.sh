@@ -38,10 +38,11 @@ install_packages() {
         echo "    apt-get install $(echo "$missing" | tr '\n' ' ')" >&2
         return 1
     fi
+    # A bare machine knows no package at all.
+    compgen -G '/var/lib/apt/lists/*_Packages*' >/dev/null || as_administrator apt-get update -q || return 1
     # shellcheck disable=SC2086  # one argument a package
-    {
-        # The lists of a fresh or long unused machine name versions that are gone.
-        as_administrator apt-get install -q -y --no-install-recommends $missing ||
-            { as_administrator apt-get update -q && as_administrator apt-get install -q -y --no-install-recommends $missing; }
-    }
+    set -- $missing
+    # One that was not used for long knows versions that are gone.
+    as_administrator apt-get install -q -y --no-install-recommends "$@" ||
+        { as_administrator apt-get update -q && as_administrator apt-get install -q -y --no-install-recommends "$@"; }
 }
