@@ -256,6 +256,22 @@ TEST_F(TapTest, ACombinationOfAnotherProgramIsLeftToItUntilItLetsGo) {
     EXPECT_EQ(count(keyDown), 4U);
 }
 
+TEST_F(TapTest, ACombinationOfAnotherTapIsLeftToIt) {
+    X11EventTap first;
+    std::size_t seenByFirst = 0;
+    first.setInterest({.shortcuts = {controlAltSpace}});
+    ASSERT_TRUE(first.install([&](const KeyEventFields& event) {
+        seenByFirst += event.type == keyDown ? 1 : 0;
+        return InterceptDecision::swallow;
+    }));
+    install({.shortcuts = {controlAltSpace}});
+    typist->chord(controlAlt, keys::space);
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    EXPECT_TRUE(waitUntil([&] { return seenByFirst == 1; }));
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
+    EXPECT_FALSE(witness->saw(keys::space));
+}
+
 // The server lets it, and gives the press to one of the two.
 TEST_F(TapTest, ACombinationThatAnotherProgramTakesLaterIsStillDeliveredOnce) {
     install({.shortcuts = {controlAltSpace}});

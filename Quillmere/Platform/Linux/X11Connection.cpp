@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <mutex>
 #include <span>
 #include <string_view>
@@ -66,8 +67,10 @@ void abandon(Display* display) {
     std::erase(handling.ours, display);
 }
 
-// Before version 22.1 Xwayland does not name itself in an extension.
+// Before version 23 Xwayland does not name itself in an extension.
 constexpr std::string_view xwaylandDevicePrefix = "xwayland-";
+// The device that every server has besides the real ones.
+constexpr std::string_view testDeviceName = "XTEST";
 
 }  // namespace
 
@@ -119,11 +122,16 @@ bool X11Connection::isXwayland() const {
     int count = 0;
     XIDeviceInfo* devices = XIQueryDevice(display_, XIAllDevices, &count);
     if (devices == nullptr) return false;
-    const bool found = std::ranges::any_of(std::span(devices, static_cast<std::size_t>(count)), [](const auto& device) {
-        return std::string_view(device.name).starts_with(xwaylandDevicePrefix);
-    });
+    bool hasXwaylandDevice = false;
+    bool hasKeyboard = false;
+    for (const XIDeviceInfo& device : std::span(devices, static_cast<std::size_t>(count))) {
+        const std::string_view name = device.name;
+        if (name.starts_with(xwaylandDevicePrefix)) hasXwaylandDevice = true;
+        if (device.use == XISlaveKeyboard && !name.contains(testDeviceName)) hasKeyboard = true;
+    }
     XIFreeDeviceInfo(devices);
-    return found;
+    // Just started it has no devices yet.
+    return hasXwaylandDevice || (!hasKeyboard && std::getenv("WAYLAND_DISPLAY") != nullptr);
 }
 
 bool X11Connection::findMasterKeyboard() {

@@ -47,12 +47,14 @@ void X11KeyFilter::applyInterest() {
 
 void X11KeyFilter::letGo() {
     setInterest({});
-    listen(false);
-    pending_.clear();
     recording_.release();
     grabbingKey_ = 0;
     connection_.synchronize();
     processEvents();
+    // A release that is still to come is found out by the next reading.
+    listen(false);
+    pending_.clear();
+    connection_.synchronize();
 }
 
 /// A press that the callback knows of keeps the feed alive until its release.
@@ -93,10 +95,7 @@ void X11KeyFilter::readKeyboard() {
 }
 
 void X11KeyFilter::refreshKeymap() {
-    const X11Keymap keymap = X11Keymap::read(connection_.display());
-    // Other clients change the map in ways that do not matter here, and taking
-    // the grabs anew would leave a gap.
-    if (keymap != matcher_.keymap()) matcher_.setKeymap(keymap);
+    matcher_.setKeymap(X11Keymap::read(connection_.display()));
     grabs_.set(matcher_.combinations());
 }
 

@@ -33,8 +33,6 @@ public:
     /// A key number without any symbol; 0 when there is none.
     unsigned int unusedKeyCode() const { return unusedKeyCode_; }
 
-    friend bool operator==(const X11Keymap&, const X11Keymap&) = default;
-
 private:
     static constexpr unsigned int keyCount = 256;
 
