@@ -2,14 +2,14 @@
 
 #include "TapService/Handles.h"
 
-#include <poll.h>
+#include <fcntl.h>
 #include <sys/epoll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <future>
 #include <stdexcept>
+#include <utility>
 
 namespace quillmere {
 
@@ -61,45 +61,52 @@ struct TapServiceHost::Service {
 
 TapServiceHost::TapServiceHost(const std::string& busAddress, const std::filesystem::path& state)
     : busAddress_(busAddress), state_(state) {
-    check(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, requests_), "no socket pair");
+    check(pipe2(wake_, O_CLOEXEC), "no pipe");
     thread_ = std::thread([this] { run(); });
     // The name is on the bus once the first job is done.
     perform([](Service&) {});
 }
 
 TapServiceHost::~TapServiceHost() {
-    shutdown(requests_[0], SHUT_WR);
+    close(wake_[1]);
     thread_.join();
-    close(requests_[0]);
-    close(requests_[1]);
+    close(wake_[0]);
 }
 
 void TapServiceHost::run() {
     Service service(busAddress_, state_);
     struct Context {
+        TapServiceHost& host;
         Service& service;
-        int requests;
-    } context{service, requests_[1]};
-    const auto handler = [](sd_event_source* source, int, std::uint32_t, void* data) {
+    } context{*this, service};
+    const auto handler = [](sd_event_source* source, int pipe, std::uint32_t, void* data) {
         auto* const here = static_cast<Context*>(data);
-        const std::function<void(Service&)>* job = nullptr;
-        if (recv(here->requests, &job, sizeof job, 0) != ssize_t{sizeof job})
-            return sd_event_exit(sd_event_source_get_event(source), 0);
-        (*job)(here->service);
+        char byte = 0;
+        if (read(pipe, &byte, 1) != 1) return sd_event_exit(sd_event_source_get_event(source), 0);
+        here->host.takeJob()(here->service);
         return 0;
     };
-    check(sd_event_add_io(service.loop.get(), nullptr, requests_[1], EPOLLIN, handler, &context), "no requests");
+    check(sd_event_add_io(service.loop.get(), nullptr, wake_[0], EPOLLIN, handler, &context), "no jobs");
     check(sd_event_loop(service.loop.get()), "the loop broke");
+}
+
+std::function<void(TapServiceHost::Service&)> TapServiceHost::takeJob() {
+    const std::lock_guard lock(mutex_);
+    auto job = std::move(jobs_.front());
+    jobs_.pop_front();
+    return job;
 }
 
 void TapServiceHost::perform(const std::function<void(Service&)>& job) {
     std::promise<void> done;
-    const std::function<void(Service&)> whole = [&](Service& service) {
-        job(service);
-        done.set_value();
-    };
-    const std::function<void(Service&)>* const address = &whole;
-    check(send(requests_[0], &address, sizeof address, 0) < 0 ? -1 : 0, "the service has ended");
+    {
+        const std::lock_guard lock(mutex_);
+        jobs_.emplace_back([&](Service& service) {
+            job(service);
+            done.set_value();
+        });
+    }
+    check(write(wake_[1], "j", 1) == 1 ? 0 : -1, "the service has ended");
     done.get_future().wait();
 }
 

@@ -6,8 +6,10 @@
 #include "Tests/Core/FakeMachine.h"
 #include "Tests/Core/FakeSessions.h"
 
+#include <deque>
 #include <filesystem>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -43,12 +45,16 @@ private:
     struct Service;
 
     void run();
+    std::function<void(Service&)> takeJob();
     /// In the service's thread.
     void perform(const std::function<void(Service&)>& job);
 
     std::string busAddress_;
     std::filesystem::path state_;
-    int requests_[2];
+    std::mutex mutex_;
+    std::deque<std::function<void(Service&)>> jobs_;
+    /// A byte for each job; closed at the end.
+    int wake_[2];
     std::thread thread_;
 };
 
