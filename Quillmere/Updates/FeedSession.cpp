@@ -43,7 +43,7 @@ FeedSession::~FeedSession() {
 
 void FeedSession::fetch(const QUrl& url, const std::string& userAgent, Handler handler) {
     start();
-    const auto begin = [this, network = network_, request = request(url, userAgent), handler = std::move(handler)] {
+    emit posted([this, network = network_, request = request(url, userAgent), handler = std::move(handler)] {
         auto* manager = network->findChild<QNetworkAccessManager*>();
         // Here and not in `start`, because it belongs to the thread that makes it.
         if (manager == nullptr) manager = new QNetworkAccessManager(network);
@@ -51,8 +51,7 @@ void FeedSession::fetch(const QUrl& url, const std::string& userAgent, Handler h
             QMetaObject::invokeMethod(this, handler(answer), Qt::QueuedConnection);
         };
         new FeedTransfer(manager->get(request), limits_, done, network);
-    };
-    QMetaObject::invokeMethod(network_, begin, Qt::QueuedConnection);
+    });
 }
 
 void FeedSession::start() {
@@ -60,6 +59,7 @@ void FeedSession::start() {
     network_ = new QObject;
     network_->moveToThread(&thread_);
     connect(&thread_, &QThread::finished, network_, &QObject::deleteLater);
+    connect(this, &FeedSession::posted, network_, [](const std::function<void()>& job) { job(); });
     thread_.start();
 }
 

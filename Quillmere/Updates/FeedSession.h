@@ -54,6 +54,10 @@ public:
     /// Whether anything has been fetched yet, and so the thread exists.
     bool isRunning() const { return thread_.isRunning(); }
 
+signals:
+    /// Work for the network's thread.
+    void posted(std::function<void()> job);
+
 private:
     void start();
 

@@ -12,7 +12,7 @@ namespace quillmere::support {
 namespace {
 
 constexpr int longestConnection = 60'000;
-constexpr qint64 endlessBacklog = 256 * 1024;
+constexpr qint64 endlessBacklog = qint64{256} * 1024;
 
 HttpRequest parse(const QByteArray& head) {
     const QList<QByteArray> lines = head.split('\n');
