@@ -206,6 +206,18 @@ TEST_F(ServiceEventTapTest, AfterTheServiceHasBeenRestartedItIsThereAgain) {
     EXPECT_TRUE(comesOut("+ctrl -ctrl"));
 }
 
+TEST_F(ServiceEventTapTest, AnotherProgramOfTheSessionIsNotFoughtOverTheTap) {
+    install();
+    Listener second;
+    ServiceEventTap other(client);
+    other.setInterest(controlSpace);
+    ASSERT_TRUE(other.install(second.callback(other)));
+    host->type("+ctrl +space");
+    ASSERT_TRUE(waitUntil([&] { return second.count(KeyEventType::keyDown) == 1; }));
+    host->type("-space -ctrl");
+    EXPECT_TRUE(listener.events.empty());
+}
+
 TEST_F(ServiceEventTapTest, FnDoesNotStayDownWhenTheServiceEnds) {
     install();
     tap->setInterest({.shortcuts = {Shortcut::fn}});

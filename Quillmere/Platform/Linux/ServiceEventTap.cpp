@@ -25,6 +25,9 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds patience = 25s;
 constexpr std::chrono::seconds firstRetry = 1s;
 constexpr std::chrono::seconds longestRetry = 30s;
+// A channel that is shorter-lived has been taken away by another program of
+// the session, which would do so again and again.
+constexpr std::chrono::seconds shortLife = 5s;
 
 bool isQuestion(const tap::ServiceMessage& message) {
     const auto* event = std::get_if<tap::KeyEvent>(&message);
@@ -83,20 +86,21 @@ void ServiceEventTap::answered() {
     question_->disconnect();
     question_.release()->deleteLater();
     if (!reply.isError()) open(fcntl(reply.value().fileDescriptor(), F_DUPFD_CLOEXEC, 0));
-    if (!socket_ && isInstalled_) retry();
+    if (socket_ || !isInstalled_) return;
+    retryLater();
+    emit lost();
 }
 
-void ServiceEventTap::retry() {
+void ServiceEventTap::retryLater() {
     retryTimer_.start(retryDelay_);
     retryDelay_ = std::min(2 * retryDelay_, longestRetry);
-    emit lost();
 }
 
 void ServiceEventTap::open(int descriptor) {
     if (descriptor < 0) return;
     socket_ = TapSocket::adopt(descriptor);
     if (!socket_) return;
-    retryDelay_ = firstRetry;
+    openFor_.start();
     connect(&socket_->notifier(), &QSocketNotifier::activated, this, [this] { receive(); });
     if (isInstalled_) send(interest_);
 }
@@ -106,8 +110,13 @@ void ServiceEventTap::close() {
     socket_->notifier().setEnabled(false);
     QMetaObject::invokeMethod(this, [old = std::shared_ptr<TapSocket>(std::move(socket_))] {}, Qt::QueuedConnection);
     releaseFn();
+    if (std::chrono::milliseconds(openFor_.elapsed()) < shortLife) {
+        retryLater();
+        return;
+    }
     // The service may have been exchanged for a newer one, and is started by
     // asking.
+    retryDelay_ = firstRetry;
     request();
 }
 

@@ -6,6 +6,7 @@
 
 #include <QDBusConnection>
 #include <QDBusPendingCallWatcher>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -43,7 +44,7 @@ signals:
 private:
     void request(std::chrono::milliseconds patience);
     void answered();
-    void retry();
+    void retryLater();
     void open(int descriptor);
     void close();
     void send(const tap::ClientMessage& message);
@@ -63,6 +64,7 @@ private:
     bool hasWaited_ = false;
     bool isInstalled_ = false;
     bool fnIsDown_ = false;  ///< as the callback was last told
+    QElapsedTimer openFor_;
     QTimer retryTimer_;
     std::chrono::seconds retryDelay_;
 };
