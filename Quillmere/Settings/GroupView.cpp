@@ -68,13 +68,13 @@ void GroupView::updateRowCount() {
         rows_.pop_back();
     }
     while (rows_.size() < shown_.sourceIDs.size())
-        rows_.push_back(makeRow(static_cast<int>(rows_.size())));
+        rows_.push_back(makeRow(rows_.size()));
 }
 
-SourceRow* GroupView::makeRow(int index) {
-    auto* const row = new SourceRow(index, this);
-    connect(row, &SourceRow::moveUpRequested, this, [this, index] { moveSource(index, -1); });
-    connect(row, &SourceRow::moveDownRequested, this, [this, index] { moveSource(index, 1); });
+SourceRow* GroupView::makeRow(std::size_t index) {
+    auto* const row = new SourceRow(static_cast<int>(index), this);
+    connect(row, &SourceRow::moveUpRequested, this, [this, index] { moveSource(index, index - 1); });
+    connect(row, &SourceRow::moveDownRequested, this, [this, index] { moveSource(index, index + 1); });
     connect(row, &SourceRow::removeRequested, this, [this, index] { removeSource(index); });
     rowColumn_->addWidget(row);
     return row;
@@ -108,29 +108,27 @@ void GroupView::append(const std::string& sourceID) const {
     binding_.edit([&](CycleGroup& group) { group.sourceIDs.push_back(sourceID); });
 }
 
-void GroupView::moveSource(int index, int step) {
-    const SourceRow& pressed = *rows_.at(static_cast<std::size_t>(index));
-    const bool hadFocus = pressed.up().hasFocus() || pressed.down().hasFocus();
-    binding_.edit([&](CycleGroup& group) {
-        auto& ids = group.sourceIDs;
-        std::swap(ids.at(static_cast<std::size_t>(index)), ids.at(static_cast<std::size_t>(index + step)));
-    });
+void GroupView::moveSource(std::size_t from, std::size_t to) {
+    const bool hadFocus = rows_.at(from)->up().hasFocus() || rows_.at(from)->down().hasFocus();
+    binding_.edit([&](CycleGroup& group) { std::swap(group.sourceIDs.at(from), group.sourceIDs.at(to)); });
     if (!hadFocus) return;
     // along with the source, so that pressing again moves it on
-    const SourceRow& moved = *rows_.at(static_cast<std::size_t>(index + step));
-    IconButton& same = step < 0 ? moved.up() : moved.down();
-    IconButton& other = step < 0 ? moved.down() : moved.up();
+    const SourceRow& moved = *rows_.at(to);
+    IconButton& same = to < from ? moved.up() : moved.down();
+    IconButton& other = to < from ? moved.down() : moved.up();
     (same.isEnabled() ? same : other).setFocus(Qt::TabFocusReason);
 }
 
-void GroupView::removeSource(int index) {
-    const bool hadFocus = rows_.at(static_cast<std::size_t>(index))->remove().hasFocus();
-    binding_.edit([&](CycleGroup& group) { group.sourceIDs.erase(group.sourceIDs.begin() + index); });
+void GroupView::removeSource(std::size_t index) {
+    const bool hadFocus = rows_.at(index)->remove().hasFocus();
+    binding_.edit([&](CycleGroup& group) {
+        group.sourceIDs.erase(group.sourceIDs.begin() + static_cast<std::ptrdiff_t>(index));
+    });
     if (!hadFocus) return;
     if (rows_.empty())
         add_->setFocus(Qt::TabFocusReason);
     else
-        rows_.at(std::min(static_cast<std::size_t>(index), rows_.size() - 1))->remove().setFocus(Qt::TabFocusReason);
+        rows_.at(std::min(index, rows_.size() - 1))->remove().setFocus(Qt::TabFocusReason);
 }
 
 }  // namespace quillmere

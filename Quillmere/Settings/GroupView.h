@@ -3,6 +3,7 @@
 #include "Quillmere/Controls/CardStyle.h"
 #include "Quillmere/Settings/GroupBinding.h"
 
+#include <cstddef>
 #include <functional>
 #include <vector>
 
@@ -47,11 +48,11 @@ public:
 private:
     void layOut();
     void updateRowCount();
-    SourceRow* makeRow(int index);
+    SourceRow* makeRow(std::size_t index);
     void fillMenu(QMenu& menu) const;
     void append(const std::string& sourceID) const;
-    void moveSource(int index, int step);
-    void removeSource(int index);
+    void moveSource(std::size_t from, std::size_t to);
+    void removeSource(std::size_t index);
 
     GroupBinding binding_;
     CycleGroup shown_;
