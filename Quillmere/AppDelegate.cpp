@@ -100,8 +100,8 @@ void AppDelegate::startInterceptor() {
     observeInterest();
     permissionGate_ = std::make_unique<PermissionGate>([this] { return interceptor().start(); });
     if (permissionGate_->state() == PermissionGate::State::granted) return;
-    permissionWindow_ = std::make_unique<PermissionWindow>(
-        std::make_shared<PermissionModel>(), *platform_.mainQueue, *platform_.workspace, *platform_.permissionRequest);
+    permissionWindow_ = std::make_unique<PermissionWindow>(std::make_shared<PermissionModel>(), *platform_.mainQueue,
+                                                           *platform_.workspace, *platform_.permissionRequest);
     permissionWindow_->show();
     permissionGate_->onChange = [this](PermissionGate::State) {
         permissionWindow_->granted();

@@ -197,8 +197,8 @@ int KeyTapObject::userAnswered(sd_bus_message* reply, void* data, sd_bus_error*)
         return 0;
     }
     int isAuthorized = 0;
-    const bool isRead = sd_bus_message_enter_container(reply, 'r', "bba{ss}") > 0
-                        && sd_bus_message_read(reply, "b", &isAuthorized) > 0;
+    const bool isRead =
+        sd_bus_message_enter_container(reply, 'r', "bba{ss}") > 0 && sd_bus_message_read(reply, "b", &isAuthorized) > 0;
     const bool isGranted = isRead && isAuthorized != 0 && object.grants_.grant(request.user);
     if (isGranted) Log::notice("User " + std::to_string(request.user) + " was given access to the keyboards");
     object.answer(request, isGranted);

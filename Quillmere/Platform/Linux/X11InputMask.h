@@ -12,8 +12,12 @@ namespace quillmere {
 class X11InputMask {
 public:
     X11InputMask(int device, std::initializer_list<int> eventTypes) {
-        for (const int type : eventTypes)
-            XISetMask(bits_.data(), type);
+        // XISetMask by hand: the macro's arithmetic loses bits on its way back
+        // into a byte, as the stricter compilations see it.
+        for (const int type : eventTypes) {
+            unsigned char& byte = bits_[static_cast<std::size_t>(type / 8)];
+            byte = static_cast<unsigned char>(byte | (1U << (type % 8)));
+        }
         mask_.deviceid = device;
         mask_.mask_len = static_cast<int>(bits_.size());
     }
