@@ -83,6 +83,15 @@ void DesktopTest::waitForEverythingTyped() {
     ASSERT_TRUE(waitUntil([&] { return witness().presses(keys::x) > before; }));
 }
 
+std::string DesktopTest::storedConfiguration() {
+    return desktop().settings().value("config").value_or("");
+}
+
+bool DesktopTest::waitUntilStored(bool isActive) {
+    const std::string text = isActive ? R"("active":true)" : R"("active":false)";
+    return waitUntil([&] { return storedConfiguration().find(text) != std::string::npos; });
+}
+
 void DesktopTest::killProgram() {
     program_->process().kill();
     program_.reset();

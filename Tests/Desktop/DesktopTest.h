@@ -68,7 +68,12 @@ protected:
     Typist& typist() { return desktop_->typist(); }
     TrayPanel& tray() { return *desktop_->tray(); }
 
-    /// Ends the program in the way given and forgets it.
+    /// What is stored as the configuration at this moment; empty for nothing.
+    std::string storedConfiguration();
+    /// Whether the stored configuration comes to be switched on or off.
+    bool waitUntilStored(bool isActive);
+
+    /// Ends the program with SIGKILL and forgets it.
     void killProgram();
 
     /// Where pictures are kept.

@@ -85,6 +85,7 @@ TEST_F(MenuTest, TheIconIsDimWhileInactive) {
 TEST_F(MenuTest, TheChoiceSurvivesARestart) {
     ASSERT_NO_FATAL_FAILURE(startEverything());
     ASSERT_NO_FATAL_FAILURE(turnOff());
+    ASSERT_TRUE(waitUntilStored(false));
     killProgram();
     ASSERT_TRUE(waitUntil([&] { return !tray().hasItem(); }));
     ASSERT_NO_FATAL_FAILURE(startProgramWithoutShortcut());

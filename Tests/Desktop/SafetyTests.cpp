@@ -146,6 +146,15 @@ TEST_F(SafetyTest, AKillOfAHardStoppedProgramFreesTheKeyboard) {
     expectEverythingPasses();
 }
 
+TEST_F(SafetyTest, WithoutASessionBusTheShortcutStillSwitches) {
+    startDesktop({.hasTray = false});
+    storeConfiguration(configurationText({{.sources = threeSources}}));
+    startWitness();
+    ASSERT_NO_FATAL_FAILURE(startProgram({.additions = {{"DBUS_SESSION_BUS_ADDRESS", "disabled:"}}, .prepare = {}}));
+    ASSERT_NO_FATAL_FAILURE(pressShortcutAndWaitFor(1));
+    EXPECT_TRUE(program().waitForPlate());
+}
+
 class ChangingLayoutsTest : public SafetyTest {};
 
 TEST_F(ChangingLayoutsTest, ASourceThatIsGoneSwallowsTheKeyAndNothingElse) {
