@@ -3,7 +3,7 @@
 #include <memory>
 
 // Xlib stays out of the headers, since its macros break Qt's.
-struct _XDisplay;
+struct _XDisplay;  // NOLINT(bugprone-reserved-identifier): Xlib's own name
 
 namespace quillmere {
 

@@ -15,7 +15,7 @@
 #include <cstdint>
 #include <optional>
 
-union _XEvent;
+union _XEvent;  // NOLINT(bugprone-reserved-identifier): Xlib's own name
 
 namespace quillmere {
 

@@ -3,7 +3,7 @@
 #include <bitset>
 #include <cstdint>
 
-struct _XDisplay;
+struct _XDisplay;  // NOLINT(bugprone-reserved-identifier): Xlib's own name
 
 namespace quillmere {
 
