@@ -219,6 +219,7 @@ TEST_F(SwitchingTest, ALetterRightAfterTheShortcutArrivesInTheNewLayoutEveryTime
     typist().play(strokes);
     ASSERT_TRUE(waitUntil([&] { return witness().presses(keys::z) == 3 * rounds; }));
     EXPECT_EQ(witness().text(), expected);
+    EXPECT_EQ(witness().presses(keys::space), 0U);
     EXPECT_FALSE(witness().saw(keys::space));
 }
 

@@ -102,13 +102,16 @@ void Desk::setLedOfClone(const std::string& device, std::uint16_t led, bool isOn
 std::string Desk::describe() const {
     const std::lock_guard lock(mutex_);
     std::ostringstream text;
-    constexpr std::size_t shown = 60;
-    for (std::size_t i = events_.size() > shown ? events_.size() - shown : 0; i < events_.size(); ++i) {
-        const DeskEvent& event = events_[i];
+    for (const DeskEvent& event : events_) {
         if (event.type == EV_SYN || event.type == EV_MSC) continue;
         text << event.time.count() / 1'000'000 << " ms  type " << event.type << " code " << event.code << " value "
              << event.value << "  " << event.device << (event.isFromClone ? " (clone)" : "") << '\n';
     }
+    std::string all = text.str();
+    constexpr std::size_t shown = 4000;
+    if (all.size() > shown) all = "...\n" + all.substr(all.find('\n', all.size() - shown) + 1);
+    text.str({});
+    text << all;
     for (const auto& [descriptor, device] : devices_)
         text << device.node << ' ' << device.name << (device.isClone ? " (clone)" : "") << ", " << device.down.size()
              << " keys down\n";

@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <linux/input.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -18,7 +19,7 @@ namespace {
 
 int openByName(const std::string& name) {
     for (const auto& entry : std::filesystem::directory_iterator("/dev/input")) {
-        const int descriptor = open(entry.path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        const int descriptor = open(entry.path().c_str(), O_RDONLY | O_CLOEXEC);
         if (descriptor < 0) continue;
         if (deviceName(descriptor) == name && !isClone(descriptor)) return descriptor;
         close(descriptor);
@@ -38,8 +39,9 @@ DeviceGrab::~DeviceGrab() {
 
 bool DeviceGrab::hasGot(const KeyStroke& stroke) const {
     return support::waitUntil([&] {
+        pollfd ready{descriptor_, POLLIN, 0};
         input_event event{};
-        while (read(descriptor_, &event, sizeof event) == ssize_t{sizeof event})
+        while (poll(&ready, 1, 0) == 1 && read(descriptor_, &event, sizeof event) == ssize_t{sizeof event})
             if (event.type == EV_KEY && event.code == stroke.code && (event.value == 1) == stroke.isDown) return true;
         return false;
     });

@@ -16,6 +16,9 @@ public:
     DeviceGrab(const DeviceGrab&) = delete;
     DeviceGrab& operator=(const DeviceGrab&) = delete;
 
+    /// The open device, which blocks.
+    int descriptor() const { return descriptor_; }
+
     /// Waits for this stroke.
     bool hasGot(const KeyStroke& stroke) const;
 

@@ -146,7 +146,7 @@ TEST_P(ServiceFaults, LeaveNoKeyDownAndGiveTheKeyboardBack) {
     }
     finish(stage);
     if (fault == ServiceFault::continued) {
-        EXPECT_TRUE(holdsFor([&] { return service_.pid() == pid; }, std::chrono::milliseconds(500)));
+        EXPECT_TRUE(holdsFor([&] { return service_.pid() == pid; }, moment));
         service_.signal(SIGCONT);
     }
     EXPECT_LT(timeUntilTypingWorks(begin), fault == ServiceFault::stopped ? afterWatchdog : soon);

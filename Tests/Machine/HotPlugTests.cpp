@@ -60,6 +60,7 @@ TEST_F(HotPlug, ASwallowedKeyHeldWhileItsKeyboardIsPulledOutLeavesNothingBehind)
         const auto events = owner().events();
         return !events.empty() && events.back().kind == tap::KeyEventKind::release;
     }));
+    desk_.clear();
     EXPECT_TRUE(arrives(taps({KEY_SPACE})));
 }
 

@@ -1,7 +1,6 @@
 #include "Tests/Machine/MachineTest.h"
 
 #include <algorithm>
-#include <chrono>
 #include <set>
 
 namespace quillmere::machine {
@@ -50,7 +49,7 @@ void MachineTest::plugKeyboard(const std::string& id) {
     // The driver drops what comes in the first moments.
     const auto works = [&] {
         monitor().type(taps({probe}));
-        return waitUntil([&] { return !desk_.strokes().empty(); }, std::chrono::milliseconds(200));
+        return waitUntil([&] { return !desk_.strokes().empty(); }, moment);
     };
     ASSERT_TRUE(waitUntil(works)) << desk_.describe();
     ASSERT_TRUE(waitUntil([&] { return desk_.strokes().size() % 2 == 0 && desk_.keysDown().empty(); }));

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,6 +25,10 @@ using support::waitUntil;
 inline constexpr const char* builtInKeyboard = "AT Translated Set 2 keyboard";
 /// Those that the monitor plugs in.
 inline constexpr const char* usbKeyboard = "QEMU QEMU USB Keyboard";
+
+/// How long to wait for what may not come the first time and is then tried
+/// again.
+inline constexpr std::chrono::milliseconds moment{500};
 
 /// A case on the machine: people's hands on the keyboards on one side, a
 /// desktop that sees what the kernel lets through on the other.

@@ -126,7 +126,7 @@ void Monitor::waitForRoom(std::int64_t bytes) {
 }
 
 void Monitor::plugKeyboard(const std::string& id) {
-    execute("device_add", R"({"driver":"usb-kbd","bus":"usb.0","id":")" + id + "\"}");
+    execute("device_add", R"({"driver":"usb-kbd","bus":"hub.0","id":")" + id + "\"}");
     keyboards_.insert(id);
 }
 

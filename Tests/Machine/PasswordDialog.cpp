@@ -1,6 +1,7 @@
 #include "Tests/Machine/PasswordDialog.h"
 
 #include "Tests/Support/SupportError.h"
+#include "Tests/Support/TemporaryFolder.h"
 #include "Tests/Support/WaitUntil.h"
 
 #include <array>
@@ -10,6 +11,8 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quillmere::machine {
@@ -33,24 +36,29 @@ std::function<void()> entrance(const Session& session, std::string terminal) {
 PasswordDialog::PasswordDialog(const Session& session, pid_t subject)
     : terminal_(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {
     if (terminal_ < 0 || grantpt(terminal_) != 0 || unlockpt(terminal_) != 0) throw SupportError("no terminal", errno);
-    std::array<int, 2> ready{};
-    if (pipe2(ready.data(), O_CLOEXEC) != 0) throw SupportError("no pipe", errno);
     const std::string terminal = ptsname(terminal_);
     if (chown(terminal.c_str(), session.user(), session.user()) != 0) throw SupportError("no terminal", errno);
+
+    // It closes its end when polkit knows it. A pipe made here would have a
+    // second end in setsid.
+    const support::TemporaryFolder folder;
+    const std::string ready = folder.path() / "ready";
+    if (mkfifo(ready.c_str(), 0600) != 0 || chown(ready.c_str(), session.user(), session.user()) != 0
+        || chown(folder.path().c_str(), session.user(), session.user()) != 0)
+        throw SupportError("no pipe", errno);
+    const int isReady = open(ready.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     agent_.emplace(ChildProcess::Options{
         // It reads the password from the terminal that controls it.
-        .arguments = {"setsid", "--ctty", "--wait", "pkttyagent", "--process", std::to_string(subject), "--notify-fd",
-                      std::to_string(ready[1])},
+        .arguments = {"setsid", "--ctty", "--wait", "sh", "-c",
+                      R"(exec pkttyagent --process "$1" --notify-fd 3 3> "$2")", "sh", std::to_string(subject), ready},
         .environment = session.environment(),
         .output = {},
-        .inheritedDescriptors = {ready[1]},
+        .inheritedDescriptors = {},
         .prepare = entrance(session, terminal)});
-    close(ready[1]);
-    // It closes its end when polkit knows it.
-    std::array<char, 1> nothing{};
-    const bool isReady = read(ready[0], nothing.data(), nothing.size()) == 0 && agent_->isRunning();
-    close(ready[0]);
-    if (!isReady) throw SupportError("no dialog: " + shown());
+    pollfd end{isReady, 0, 0};
+    const bool ended = poll(&end, 1, static_cast<int>(support::patience.count())) == 1;
+    close(isReady);
+    if (!ended || !agent_->isRunning()) throw SupportError("no dialog: " + shown());
 }
 
 PasswordDialog::~PasswordDialog() {

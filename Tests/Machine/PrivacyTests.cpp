@@ -27,8 +27,9 @@ TEST_F(Privacy, WithFnAloneNoKeyboardIsGrabbedAndNoKeyTold) {
     owner().send(tap::Interest{.wantsFn = true});
     const auto fnIsTold = [&] {
         owner().clear();
+        desk_.clear();
         keyboard.type(taps({KEY_FN}));
-        return waitUntil([&] { return owner().events().size() >= 2; }, std::chrono::milliseconds(500));
+        return hasGot(taps({KEY_FN})) && waitUntil([&] { return owner().events().size() >= 2; }, moment);
     };
     ASSERT_TRUE(waitUntil(fnIsTold));
 
@@ -58,7 +59,7 @@ TEST_F(Privacy, KeysPressedWhileFnIsDownAreToldWithoutTheirNames) {
     ASSERT_TRUE(waitUntil([&] {
         owner().clear();
         keyboard.type(chord({KEY_FN, KEY_P}));
-        return waitUntil([&] { return owner().events().size() >= 3; }, std::chrono::milliseconds(500));
+        return waitUntil([&] { return owner().events().size() >= 3; }, moment);
     }));
     EXPECT_EQ(owner().events()[1].kind, tap::KeyEventKind::other);
     EXPECT_FALSE(wasToldAKey());
@@ -88,8 +89,9 @@ TEST_F(Privacy, WhileAShortcutIsRecordedTheOwnerIsAskedForEveryKey) {
     ASSERT_TRUE(waitUntil([&] {
         owner().clear();
         monitor().type(taps({KEY_K}));
-        return waitUntil([&] { return owner().events().size() == 2; }) && questions() == 1;
+        return waitUntil([&] { return owner().events().size() == 2; }, moment) && questions() == 1;
     }));
+    ASSERT_TRUE(waitUntil([&] { return desk_.keysDown().empty(); }));
     desk_.clear();
     monitor().type(chord({KEY_LEFTMETA, KEY_K}));
     EXPECT_TRUE(hasGot(taps({KEY_LEFTMETA})));

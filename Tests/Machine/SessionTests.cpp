@@ -1,7 +1,6 @@
 #include "Tests/Machine/PasswordDialog.h"
 #include "Tests/Machine/TapTest.h"
 
-#include <chrono>
 #include <optional>
 
 // Who gets the tap, and who does not.
@@ -106,13 +105,13 @@ TEST_F(Sessions, ALockedSessionRecordsNothing) {
     ASSERT_TRUE(waitUntil([&] {
         owner().clear();
         monitor().type(taps({KEY_K}));
-        return waitUntil([&] { return owner().events().size() == 2; }) && questions() == 1;
+        return waitUntil([&] { return owner().events().size() == 2; }, moment) && questions() == 1;
     }));
     session().setLocked(true);
     ASSERT_TRUE(waitUntil([&] {
         desk_.clear();
         monitor().type(taps({KEY_K}));
-        return waitUntil([&] { return desk_.strokes() == taps({KEY_K}); }, std::chrono::milliseconds(500));
+        return waitUntil([&] { return desk_.strokes() == taps({KEY_K}); }, moment);
     }));
     owner().clear();
     desk_.clear();

@@ -18,7 +18,7 @@ protected:
         ASSERT_TRUE(waitUntil([&] {
             owner().clear();
             keyboard.type(ctrlSpaceStrokes);
-            return waitUntil([&] { return owner().events().size() == 2; }) && questions() == 1;
+            return waitUntil([&] { return owner().events().size() == 2; }, moment) && questions() == 1;
         }));
         ASSERT_TRUE(waitUntil([&] { return desk_.keysDown().empty(); }));
         desk_.clear();
@@ -163,7 +163,7 @@ TEST_F(Shortcut, LeavesTheWheelOfAKeyboardAlone) {
     EXPECT_TRUE(waitUntil([&] {
         desk_.clear();
         keyboard.turnWheel(-2);
-        return waitUntil([&] { return turns() == 1; }, std::chrono::milliseconds(500));
+        return waitUntil([&] { return turns() == 1; }, moment);
     })) << desk_.describe();
 }
 

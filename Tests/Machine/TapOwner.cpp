@@ -21,15 +21,15 @@ using support::SupportError;
 
 namespace {
 
-std::string programBesideThis() {
-    return std::filesystem::read_symlink("/proc/self/exe").replace_filename("tap_owner");
-}
-
 std::string_view text(const tap::Packet& packet) {
     return {reinterpret_cast<const char*>(packet.data()), packet.size()};
 }
 
 }  // namespace
+
+std::string programPath(const std::string& name) {
+    return std::filesystem::read_symlink("/proc/self/exe").replace_filename(name);
+}
 
 TapOwner::TapOwner(const Session& session) : TapOwner(session, session.user()) {}
 
@@ -38,7 +38,7 @@ TapOwner::TapOwner(const Session& session, uid_t user) {
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0)
         throw SupportError("no socket pair", errno);
     control_ = ends[0];
-    process_.emplace(ChildProcess::Options{.arguments = {programBesideThis(), std::to_string(ends[1])},
+    process_.emplace(ChildProcess::Options{.arguments = {programPath("tap_owner"), std::to_string(ends[1])},
                                            .environment = session.environment(),
                                            .output = {},
                                            .inheritedDescriptors = {ends[1]},

@@ -11,6 +11,9 @@
 
 namespace quillmere::machine {
 
+/// A program that was built beside this one.
+std::string programPath(const std::string& name);
+
 /// A process of a session that owns the tap, as the application does, and
 /// behaves as the test wants.
 class TapOwner {

@@ -7,6 +7,7 @@
 #include "Tests/Machine/SystemBus.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <span>
 #include <string>
@@ -56,10 +57,13 @@ private:
         if (command == wire::answer) answer_ = rest.at(0);
         if (command == wire::stopReading) isReading_ = false;
         if (command == wire::closeTap) closeChannel();
-        if (command == wire::flood) {
-            const std::string again(rest);
-            while (sendToService(again)) {
-            }
+        if (command == wire::flood) flood(std::string(rest));
+    }
+
+    void flood(const std::string& packet) const {
+        while (sendToService(packet) || errno == EAGAIN) {
+            pollfd room{channel_, POLLOUT, 0};
+            poll(&room, 1, -1);
         }
     }
 

@@ -38,8 +38,8 @@ bool isQuestion(const tap::ServiceMessage& message) {
 
 ServiceEventTap::ServiceEventTap(const QDBusConnection& bus) : bus_(bus), retryDelay_(firstRetry) {
     retryTimer_.setSingleShot(true);
-    connect(&retryTimer_, &QTimer::timeout, this, [this] { request(); });
-    request(firstWait);
+    connect(&retryTimer_, &QTimer::timeout, this, [this] { ask(patience); });
+    ask(firstWait);
 }
 
 ServiceEventTap::~ServiceEventTap() = default;
@@ -51,7 +51,7 @@ bool ServiceEventTap::install(Callback callback) {
         // It may have sent its signal, or keep that for later.
         if (question_) answered();
     }
-    request();
+    ask(patience);
     if (socket_ && !std::exchange(isInstalled_, true)) send(interest_);
     return isInstalled_;
 }
@@ -69,10 +69,11 @@ void ServiceEventTap::setInterest(const KeyInterest& interest) {
 // The service's channel
 
 void ServiceEventTap::request() {
-    request(patience);
+    asksAgain_ = question_ != nullptr;
+    ask(patience);
 }
 
-void ServiceEventTap::request(std::chrono::milliseconds patience) {
+void ServiceEventTap::ask(std::chrono::milliseconds patience) {
     if (socket_ || question_ || !bus_.isConnected()) return;
     const QDBusMessage call = QDBusMessage::createMethodCall(TapServiceNames::service, TapServiceNames::path,
                                                              TapServiceNames::interface, "OpenTap");
@@ -86,6 +87,7 @@ void ServiceEventTap::answered() {
     question_->disconnect();
     question_.release()->deleteLater();
     if (!reply.isError()) open(fcntl(reply.value().fileDescriptor(), F_DUPFD_CLOEXEC, 0));
+    if (!socket_ && std::exchange(asksAgain_, false)) ask(patience);
     if (socket_ || !isInstalled_) return;
     retryLater();
     emit lost();
@@ -117,7 +119,7 @@ void ServiceEventTap::close() {
     // The service may have been exchanged for a newer one, and is started by
     // asking.
     retryDelay_ = firstRetry;
-    request();
+    ask(patience);
 }
 
 void ServiceEventTap::send(const tap::ClientMessage& message) {

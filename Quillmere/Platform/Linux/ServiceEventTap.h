@@ -33,8 +33,7 @@ public:
     void enable() override;
     void setInterest(const KeyInterest& interest) override;
 
-    /// Asks for a tap, unless there is one or an answer is on its way: the
-    /// permission may just have come.
+    /// Asks for a tap, unless there is one: the permission has just come.
     void request();
 
 signals:
@@ -42,7 +41,7 @@ signals:
     void lost();
 
 private:
-    void request(std::chrono::milliseconds patience);
+    void ask(std::chrono::milliseconds patience);
     void answered();
     void retryLater();
     void open(int descriptor);
@@ -60,6 +59,7 @@ private:
     tap::Interest interest_;
     std::unique_ptr<QDBusPendingCallWatcher> question_;
     std::unique_ptr<TapSocket> socket_;
+    bool asksAgain_ = false;  ///< the answer that is on its way may be out of date
     bool isReceiving_ = false;
     bool hasWaited_ = false;
     bool isInstalled_ = false;

@@ -1,0 +1,138 @@
+#include "Tests/Machine/InputNode.h"
+#include "Tests/Machine/TapTest.h"
+#include "Tests/Support/SupportError.h"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <iomanip>
+#include <iostream>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+// What the way of a key through the service costs, against the least that any
+// program could take for the same.
+namespace quillmere::machine {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Times = std::vector<std::chrono::duration<double, std::micro>>;
+
+constexpr const char* name = "Measured keyboard";
+constexpr int rounds = 4;
+constexpr int keysPerRound = 1000;
+
+/// The stand-in for the measured keyboard, as an application reads it.
+class CloneReader {
+public:
+    CloneReader() {
+        for (const auto& entry : std::filesystem::directory_iterator("/dev/input")) {
+            const int descriptor = open(entry.path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+            if (descriptor < 0) continue;
+            if (deviceName(descriptor) == name && isClone(descriptor)) descriptor_ = descriptor;
+            if (descriptor != descriptor_) close(descriptor);
+        }
+        if (descriptor_ < 0) throw support::SupportError("no clone of the measured keyboard");
+    }
+    ~CloneReader() { close(descriptor_); }
+    CloneReader(const CloneReader&) = delete;
+    CloneReader& operator=(const CloneReader&) = delete;
+
+    /// Waits for this stroke; false when it does not come.
+    bool await(const KeyStroke& stroke) const {
+        pollfd ready{descriptor_, POLLIN, 0};
+        while (poll(&ready, 1, static_cast<int>(support::patience.count())) == 1) {
+            input_event event{};
+            while (read(descriptor_, &event, sizeof event) == ssize_t{sizeof event})
+                if (event.type == EV_KEY && event.code == stroke.code && event.value == (stroke.isDown ? 1 : 0))
+                    return true;
+        }
+        return false;
+    }
+
+private:
+    int descriptor_ = -1;
+};
+
+double percentile(Times times, double share) {
+    std::ranges::sort(times);
+    return times.at(static_cast<std::size_t>(share * static_cast<double>(times.size() - 1))).count();
+}
+
+void print(const char* what, const Times& times) {
+    std::cout << std::fixed << std::setprecision(0) << what << ": median " << percentile(times, 0.5) << " µs, p99 "
+              << percentile(times, 0.99) << " µs, " << times.size() << " keys" << std::endl;
+}
+
+class Figures : public TapTest {
+protected:
+    /// From the moment that a key is pressed or released until an application
+    /// can read it.
+    void measure(const std::vector<KeyStroke>& strokes, const KeyStroke& measured, int repetitions, Times& times) {
+        const CloneReader reader;
+        for (int i = 0; i < repetitions; ++i)
+            for (const KeyStroke& stroke : strokes) {
+                const Clock::time_point begin = Clock::now();
+                keyboard_.type({stroke});
+                ASSERT_TRUE(reader.await(stroke));
+                if (stroke == measured) times.push_back(Clock::now() - begin);
+            }
+    }
+
+    void measureService(const std::vector<KeyStroke>& strokes, int repetitions, Times& times) {
+        ASSERT_EQ(owner().open(), "");
+        listen(TapOwner::Answer::pass);
+        ASSERT_TRUE(waitUntil([&] {
+            desk_.clear();
+            keyboard_.type(taps({KEY_F12}));
+            return waitUntil([&] { return desk_.strokes().size() == 2; }, moment) && desk_.events()[0].isFromClone;
+        })) << desk_.describe();
+        measure(strokes, strokes[strokes.size() / 2 - 1], repetitions, times);
+        owner().close();
+        ASSERT_TRUE(waitUntil([&] { return !desk_.clones().contains(name); }));
+    }
+
+    void measureBareLoop(const std::vector<KeyStroke>& strokes, int repetitions, Times& times) {
+        support::ChildProcess loop({.arguments = {programPath("bare_loop"), name},
+                                    .environment = support::baseEnvironment("/"),
+                                    .output = {},
+                                    .inheritedDescriptors = {},
+                                    .prepare = {}});
+        ASSERT_TRUE(waitUntil([&] {
+            desk_.clear();
+            keyboard_.type(taps({KEY_F12}));
+            return waitUntil([&] { return desk_.strokes().size() == 2; }, moment) && desk_.events()[0].isFromClone;
+        })) << desk_.describe();
+        measure(strokes, strokes[strokes.size() / 2 - 1], repetitions, times);
+        loop.kill();
+        ASSERT_TRUE(waitUntil([&] { return !desk_.clones().contains(name); }));
+    }
+
+    VirtualKeyboard keyboard_{{.name = name}};
+};
+
+}  // namespace
+
+TEST_F(Figures, AKeyOfNoInterest) {
+    Times service;
+    Times bareLoop;
+    for (int round = 0; round < rounds; ++round) {
+        ASSERT_NO_FATAL_FAILURE(measureBareLoop(taps({KEY_A}), keysPerRound, bareLoop));
+        ASSERT_NO_FATAL_FAILURE(measureService(taps({KEY_A}), keysPerRound, service));
+    }
+    print("bare loop", bareLoop);
+    print("service", service);
+    std::cout << std::setprecision(2) << "service / bare loop: " << percentile(service, 0.5) / percentile(bareLoop, 0.5)
+              << std::endl;
+}
+
+TEST_F(Figures, AShortcutFromPressToVerdict) {
+    Times times;
+    ASSERT_NO_FATAL_FAILURE(measureService(ctrlSpaceStrokes, keysPerRound, times));
+    print("shortcut asked about and passed", times);
+}
+
+}  // namespace quillmere::machine

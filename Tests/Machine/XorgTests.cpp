@@ -1,0 +1,141 @@
+#include "Tests/Machine/GraphicalSession.h"
+#include "Tests/Machine/MachineTest.h"
+#include "Tests/Machine/Service.h"
+#include "Tests/Support/ConfigurationText.h"
+#include "Tests/Support/SupportError.h"
+#include "Tests/Support/WindowManager.h"
+#include "Tests/Support/Witness.h"
+
+#include <fstream>
+#include <memory>
+
+// The application on an X11 desktop of the real server, with the tap service.
+namespace quillmere::machine {
+
+namespace {
+
+using support::ChildProcess;
+
+constexpr const char* display = ":0";
+
+/// New keyboards, clones among them, get the layouts from here, as on an
+/// installed system.
+constexpr const char* serverConfiguration = R"(
+Section "Device"
+    Identifier "screen"
+    Driver "modesetting"
+    Option "AccelMethod" "none"
+EndSection
+Section "InputClass"
+    Identifier "keyboards"
+    MatchIsKeyboard "on"
+    Driver "libinput"
+    Option "XkbLayout" "us,ua,de"
+EndSection
+)";
+
+class Xorg : public MachineTest {
+protected:
+    void SetUp() override {
+        Service::grant(writer);
+        graphical_.emplace(session());
+        const std::filesystem::path configuration = graphical_->folder() / "xorg.conf";
+        std::ofstream(configuration) << serverConfiguration;
+        // As display managers start it: not in the session, but on its terminal.
+        server_.emplace(
+            ChildProcess::Options{.arguments = {"Xorg", display, "vt1", "-novtswitch", "-noreset", "-ac", "-nolisten",
+                                                "tcp", "-extension", "GLX", "-config", configuration},
+                                  .environment = support::baseEnvironment("/"),
+                                  .output = std::filesystem::current_path() / "xorg.txt",
+                                  .inheritedDescriptors = {},
+                                  .prepare = {}});
+        graphical_->environment()["DISPLAY"] = display;
+        graphical_->environment()["XDG_SESSION_TYPE"] = "x11";
+        ASSERT_TRUE(waitUntil([this] { return connect(); })) << server_->output();
+        manager_.emplace(graphical_->folder(), graphical_->environment(), *connection_);
+        witness_ = std::make_unique<support::Witness>(display, support::Witness::Size::normal);
+    }
+
+    void TearDown() override {
+        witness_.reset();
+        manager_.reset();
+        connection_.reset();
+        server_.reset();
+        graphical_.reset();
+        MachineTest::TearDown();
+    }
+
+    void startQuillmere(const std::vector<support::StoredGroup>& groups) {
+        graphical_->settings().set("config", support::configurationText(groups));
+        graphical_->startQuillmere();
+    }
+
+    /// Waits until typing this switches to the layout with this index.
+    testing::AssertionResult switches(const std::function<void()>& type, int layout) {
+        witness_->clear();
+        type();
+        if (waitUntil([&] { return witness_->groups() == std::vector{layout}; })) return testing::AssertionSuccess();
+        return testing::AssertionFailure() << witness_->groups().size() << " switches\n"
+                                           << desk_.describe() << graphical_->quillmere().output();
+    }
+
+    testing::AssertionResult types(const std::string& text) {
+        witness_->clear();
+        monitor().type(taps({KEY_A, KEY_S, KEY_Z}));
+        if (waitUntil([&] { return witness_->text() == text; })) return testing::AssertionSuccess();
+        return testing::AssertionFailure() << "typed: " << witness_->text();
+    }
+
+    support::Witness& witness() { return *witness_; }
+
+private:
+    bool connect() {
+        try {
+            connection_ = std::make_unique<support::XConnection>(display);
+        } catch (const support::SupportError&) {
+            return false;
+        }
+        return true;
+    }
+
+    std::optional<GraphicalSession> graphical_;
+    std::optional<ChildProcess> server_;
+    std::unique_ptr<support::XConnection> connection_;
+    std::optional<support::WindowManager> manager_;
+    std::unique_ptr<support::Witness> witness_;
+};
+
+const std::vector<std::string> layouts{"xkb:us", "xkb:ua", "xkb:de"};
+
+}  // namespace
+
+TEST_F(Xorg, AShortcutSwitchesTheLayoutThatAnApplicationTypesIn) {
+    startQuillmere({{.sources = layouts}});
+    ASSERT_TRUE(becomesGrabbed());
+    EXPECT_TRUE(types("asz"));
+    const auto shortcut = [] { monitor().type(chord({KEY_LEFTCTRL, KEY_LEFTALT, KEY_SPACE})); };
+    EXPECT_TRUE(switches(shortcut, 1));
+    EXPECT_TRUE(types("фія"));
+    EXPECT_TRUE(switches(shortcut, 2));
+    EXPECT_TRUE(types("asy"));
+    EXPECT_FALSE(witness().saw(support::keys::space));
+    monitor().screenshot("xorg");
+}
+
+TEST_F(Xorg, FnAloneSwitchesTheLayoutAndGrabsNothing) {
+    VirtualKeyboard keyboard({.name = "Fn keyboard", .moreKeys = {KEY_FN}});
+    startQuillmere({{.keyCode = 63, .modifiers = 0, .sources = layouts}});
+    const auto tapFn = [&] { keyboard.type(taps({KEY_FN})); };
+    ASSERT_TRUE(waitUntil([&] {
+        witness().clear();
+        tapFn();
+        return waitUntil([&] { return !witness().groups().empty(); }, moment);
+    }));
+    const int layout = witness().groups().back();
+    EXPECT_TRUE(switches(tapFn, (layout + 1) % 3));
+    EXPECT_TRUE(switches(tapFn, (layout + 2) % 3));
+    EXPECT_TRUE(becomesFree());
+    EXPECT_TRUE(desk_.clones().empty());
+}
+
+}  // namespace quillmere::machine
