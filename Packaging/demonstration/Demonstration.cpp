@@ -67,6 +67,7 @@ bool Demonstration::play() {
         tapFn();
         followTheDark();
         turnOffAndOn();
+        openSettings();
     }
     return sum();
 }
@@ -170,6 +171,19 @@ void Demonstration::turnOffAndOn() {
     tray.click("Active");
     waitUntil(holdsShortcut);
     expectSwitch("on, ⌃⌥Space", shortcut(), 2);
+}
+
+void Demonstration::openSettings() {
+    Sight::heading("“Settings…” in the tray's menu");
+    desktop_.tray()->click("Settings…");
+    const auto isPainted = [this] {
+        const auto window = desktop_.connection().visibleWindow("Quillmere");
+        // The window's own colour on a dark desktop, in its margin.
+        return window && desktop_.screen().color(window->frame.topLeft() + QPoint(5, 5)) == QColor(27, 29, 34);
+    };
+    sight_.expect("", "the settings are open, on the tab of the groups",
+                  waitUntil(isPainted, std::chrono::seconds(10)));
+    takePicture("settings.png");
 }
 
 bool Demonstration::sum() const {

@@ -31,6 +31,7 @@ private:
     void tapFn();
     void followTheDark();
     void turnOffAndOn();
+    void openSettings();
     bool sum() const;
 
     /// Types a letter right behind the strokes; the layout must then be in
