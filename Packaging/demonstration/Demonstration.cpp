@@ -175,6 +175,8 @@ void Demonstration::turnOffAndOn() {
 
 void Demonstration::openSettings() {
     Sight::heading("“Settings…” in the tray's menu");
+    // The plate of the last switch would lie over them.
+    program_.waitForNoPlate();
     desktop_.tray()->click("Settings…");
     const auto isPainted = [this] {
         const auto window = desktop_.connection().visibleWindow("Quillmere");
