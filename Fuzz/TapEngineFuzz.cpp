@@ -24,12 +24,14 @@ constexpr DeviceId deviceCount = 3;
 class WaryOwner : public FakeOwner {
 public:
     const Interest* interest = nullptr;
+    std::uint16_t lastQuestionCode = 0;
 
     bool tell(const KeyEvent& event) override {
         if (!FakeOwner::tell(event)) return false;
         switch (event.kind) {
             case KeyEventKind::press:
                 checkInterest(event);
+                if (event.sequence != 0) lastQuestionCode = event.code;
                 ++told_[event.code];
                 break;
             case KeyEventKind::repeat:
@@ -172,7 +174,7 @@ private:
 
     void answer() {
         const bool swallow = data_.ConsumeBool();
-        if (swallow && engine_.awaits(owner_.lastQuestion)) ++allowed_[owner_.events.back().code];
+        if (swallow && engine_.awaits(owner_.lastQuestion)) ++allowed_[owner_.lastQuestionCode];
         engine_.verdict(owner_.lastQuestion, swallow, now());
     }
 

@@ -35,6 +35,7 @@ void OwnerLink::drop() {
     interest_ = {};
     codes_.reset();
     enabled_ = false;
+    wasDisabled_ = false;
     locked_ = false;
     fnWasTold_ = false;
 }
@@ -51,10 +52,10 @@ bool OwnerLink::enable() {
     return isAttached() && !std::exchange(enabled_, true);
 }
 
-bool OwnerLink::disable(DisabledReason reason) {
-    if (!isAttached() || !std::exchange(enabled_, false)) return false;
+void OwnerLink::disable(DisabledReason reason) {
+    if (!isAttached() || !std::exchange(enabled_, false)) return;
+    wasDisabled_ = true;
     port_->tellDisabled(reason);
-    return true;
 }
 
 bool OwnerLink::isOfInterest(std::uint16_t code, std::uint8_t flags) const {
@@ -82,8 +83,10 @@ bool OwnerLink::tellFlags(Time time, std::uint8_t flags) {
     // Modifiers matter only to a tap of Fn that is under way.
     const bool isOfInterest = fnWasTold_ || (fnIsDown && wantsFn());
     if (!enabled_ || !isOfInterest) return false;
+    // An owner that did not take it still believes what it was told last.
+    if (!tell({.kind = KeyEventKind::flags, .flags = flags, .time = nanoseconds(time)})) return false;
     fnWasTold_ = fnIsDown;
-    return tell({.kind = KeyEventKind::flags, .flags = flags, .time = nanoseconds(time)});
+    return true;
 }
 
 bool OwnerLink::tell(const KeyEvent& event) {

@@ -5,6 +5,7 @@
 #include "TapService/TapProtocol.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace quillmere::tap {
 
@@ -27,8 +28,10 @@ public:
     void setLocked(bool locked) { locked_ = locked; }
     /// False when it already was, or there is no owner.
     bool enable();
-    /// False when it already was, or there is no owner.
-    bool disable(DisabledReason reason);
+    /// Tells the owner, unless it already was disabled.
+    void disable(DisabledReason reason);
+    /// Whether it has been disabled, by whatever, since this was last asked.
+    bool takeDisabled() { return std::exchange(wasDisabled_, false); }
 
     /// Whether the user records a shortcut. Behind a lock screen nobody does.
     bool isRecording() const { return isAttached() && interest_.everyKey && !locked_; }
@@ -56,6 +59,7 @@ private:
     Interest interest_;
     KeySet codes_;  ///< of the interest's shortcuts
     bool enabled_ = false;
+    bool wasDisabled_ = false;
     bool locked_ = false;
     bool fnWasTold_ = false;  ///< the owner believes Fn to be down
 };

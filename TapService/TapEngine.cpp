@@ -80,7 +80,7 @@ void TapEngine::handleEvent(DeviceId id, const InputEvent& event, Time now) {
         queue_.push_back({id, event});
         ++device->queued;
         if (queue_.size() >= queueLimit) {
-            disable(DisabledReason::timeout);
+            owner_.disable(DisabledReason::timeout);
             settle(false, now);
         }
     } else if (device->isOpen) {
@@ -231,7 +231,6 @@ void TapEngine::ask(DeviceId id, TapDevice& device, const InputEvent& event, Tim
     sequence_ = std::max(sequence_ + 1, 1U);
     if (!owner_.tellKey(KeyEventKind::press, event, flags(), sequence_)) {
         pass(id, device, event);
-        forgetTold();
         return;
     }
     device.told.set(event.code);
@@ -259,10 +258,6 @@ void TapEngine::settle(bool swallow, Time now) {
     needsReconciling_ = true;
 }
 
-void TapEngine::disable(DisabledReason reason) {
-    if (owner_.disable(reason)) forgetTold();
-}
-
 void TapEngine::forgetTold() {
     for (TapDevice& device : devices_ | std::views::values)
         device.told.reset();
@@ -281,7 +276,7 @@ std::optional<Time> TapEngine::deadline() const {
 
 void TapEngine::tick(Time now) {
     if (pending_ && now >= pending_->deadline) {
-        disable(DisabledReason::timeout);
+        owner_.disable(DisabledReason::timeout);
         settle(false, now);
     }
     needsReconciling_ = true;
@@ -296,7 +291,7 @@ bool TapEngine::isPanicChord() const {
 }
 
 void TapEngine::panic(Time now) {
-    disable(DisabledReason::userInput);
+    owner_.disable(DisabledReason::userInput);
     releaseEverything(now);
 }
 

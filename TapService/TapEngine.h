@@ -99,7 +99,6 @@ private:
 
     void ask(DeviceId id, TapDevice& device, const InputEvent& event, Time now);
     void settle(bool swallow, Time now);
-    void disable(DisabledReason reason);
     void forgetTold();
     void panic(Time now);
     bool isPanicChord() const;

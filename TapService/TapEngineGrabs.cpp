@@ -112,6 +112,7 @@ void TapEngine::reconcile(DeviceId id, TapDevice& device, Time now) {
 }
 
 void TapEngine::reconcileAll(Time now) {
+    if (owner_.takeDisabled()) forgetTold();
     if (!std::exchange(needsReconciling_, false)) return;
     for (auto& [id, device] : devices_)
         reconcile(id, device, now);

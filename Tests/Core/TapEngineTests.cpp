@@ -419,6 +419,39 @@ TEST_F(TapEngineTest, AnOwnerThatDoesNotReadIsDisabledAndTheKeyPassesAtOnce) {
     EXPECT_FALSE(bench.engine.isEnabled());
 }
 
+TEST_F(TapEngineTest, AnOwnerThatMissedFnIsNotToldOfOtherKeysLater) {
+    bench.plug();
+    bench.own({"fn"});
+    bench.owner.reads = false;
+    bench.play("+fn");
+    bench.owner.reads = true;
+    bench.play("enable +a -a -fn");
+    EXPECT_EQ(bench.owner.log, "disabled");
+}
+
+TEST_F(TapEngineTest, AnOwnerThatMissedTheReleaseOfFnIsToldWhenItIsEnabled) {
+    bench.plug();
+    bench.own({"fn"});
+    bench.play("+fn");
+    bench.owner.reads = false;
+    bench.play("-fn");
+    bench.owner.reads = true;
+    bench.play("enable +a -a");
+    EXPECT_EQ(bench.owner.log, "flags:fn+ disabled flags:");
+}
+
+TEST_F(TapEngineTest, AnOwnerThatDidNotReadHearsNothingMoreOfItsOldKeys) {
+    bench.plug();
+    bench.own({"ctrl+space"});
+    bench.play("+ctrl +space swallow");
+    bench.owner.reads = false;
+    bench.play("~space");
+    bench.owner.reads = true;
+    bench.play("enable ~space -space -ctrl");
+    EXPECT_EQ(bench.owner.log, "ask:ctrl+space disabled");
+    EXPECT_EQ(bench.keyboards.output, "+ctrl -ctrl");
+}
+
 TEST_F(TapEngineTest, AFloodBehindAQuestionEndsTheWait) {
     bench.plug();
     bench.own({"ctrl+space"});
