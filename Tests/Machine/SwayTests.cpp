@@ -26,14 +26,13 @@ protected:
     void SetUp() override {
         Service::revoke(writer);
         graphical_.emplace(session());
-        support::Environment& environment = graphical_->environment();
-        environment["XDG_SESSION_TYPE"] = "wayland";
-        environment["XDG_CURRENT_DESKTOP"] = "sway";
-        environment["LIBSEAT_BACKEND"] = "logind";
-        environment["WLR_RENDERER"] = "pixman";
-        environment["WLR_NO_HARDWARE_CURSORS"] = "1";
-        environment["SWAYSOCK"] = graphical_->folder() / "sway";
-        environment["WAYLAND_DISPLAY"] = "";
+        const support::Environment desktop{
+            {"XDG_SESSION_TYPE", "wayland"},  {"XDG_CURRENT_DESKTOP", "sway"},
+            {"LIBSEAT_BACKEND", "logind"},    {"WLR_RENDERER", "pixman"},
+            {"WLR_NO_HARDWARE_CURSORS", "1"}, {"SWAYSOCK", graphical_->folder() / "sway"},
+            {"WAYLAND_DISPLAY", ""}};
+        for (const auto& [name, value] : desktop)
+            graphical_->environment()[name] = value;
         const std::filesystem::path configuration = graphical_->folder() / "sway.conf";
         std::ofstream(configuration) << "input type:keyboard xkb_layout us,ua\n"
                                      << "exec foot sh -c 'stty -echo; exec cat > " << typed().string() << "'\n"
@@ -54,7 +53,7 @@ protected:
     ChildProcess& quillmere() { return graphical_->quillmere(); }
 
     /// Whether a window with this title is on the desktop.
-    bool showsTitle(const std::string& title) { return tree().find('"' + title) != std::string::npos; }
+    bool showsTitle(const std::string& title) { return tree().find("\"name\": \"" + title) != std::string::npos; }
 
     std::filesystem::path typed() const { return graphical_->folder() / "typed"; }
 
