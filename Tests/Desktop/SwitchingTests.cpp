@@ -223,6 +223,16 @@ TEST_F(SwitchingTest, ALetterRightAfterTheShortcutArrivesInTheNewLayoutEveryTime
     EXPECT_FALSE(witness().saw(keys::space));
 }
 
+// The second press stands still already when the first is released.
+TEST_F(SwitchingTest, ASecondPressRightBehindTheFirstIsSwallowedWithItsRelease) {
+    ASSERT_NO_FATAL_FAILURE(startEverything());
+    typist().play(Strokes().press(keys::leftControl).press(keys::leftAlt).tap(keys::space).press(keys::space));
+    ASSERT_TRUE(waitForGroup(2));
+    typist().play(Strokes().release(keys::space).release(keys::leftAlt).release(keys::leftControl));
+    waitForEverythingTyped();
+    EXPECT_FALSE(witness().saw(keys::space));
+}
+
 class FnTest : public DesktopTest {
 protected:
     /// One group on a lone Fn, one on ⌃⌥Space that tells when the tap is there.

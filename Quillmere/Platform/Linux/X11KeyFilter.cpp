@@ -234,7 +234,7 @@ void X11KeyFilter::grabbedPress(const GrabbedKey& key) {
     if (!isHoldingKeyboard()) grabbingKey_ = key.keyCode;
     if (key.isRepeat) return grabbedRepeat(key);
     const bool hasSwitched = pending_.arrive(key.keyCode, key.time);
-    if (matcher_.isFlagKey(key.keyCode)) return keepForUs();
+    if (isKeptInGrab(key.keyCode)) return keepForUs();
     // Of a fast typist's next letter, pressed before the shortcut is released,
     // nothing must be lost. Replaying it ends our grab, so the shortcut's
     // release will reach the client, which ignores it.
@@ -257,6 +257,14 @@ void X11KeyFilter::grabbedRepeat(const GrabbedKey& key) {
     swallowed_[key.keyCode] || recording_.isHeld() ? keepForUs() : replayToClient();
 }
 
+/// Some keys are no client's business while our grab holds: passing them would
+/// end it, and the shortcut's key would repeat into the client if it is still
+/// down. Modifiers are such keys, and the filler of the shortcut before, when
+/// the next press has been faster.
+bool X11KeyFilter::isKeptInGrab(unsigned int keyCode) const {
+    return matcher_.isFlagKey(keyCode) || keyCode == matcher_.keymap().unusedKeyCode();
+}
+
 InterceptDecision X11KeyFilter::decide(const GrabbedKey& key) {
     KeyEventFields event = fields(KeyEventType::keyDown, key.modifiers, key.time);
     event.keyCode = X11KeyMatcher::virtualKey(key.keyCode);
@@ -276,9 +284,7 @@ void X11KeyFilter::grabbedRelease(const GrabbedKey& key) {
             filler_.tap(matcher_.keymap().unusedKeyCode(), key.device);
         return;
     }
-    // Modifiers are no client's business while our grab holds: their release
-    // would end it, and a key that is still down would repeat into the client.
-    const bool isOurs = isSwallowed || matcher_.isFlagKey(key.keyCode);
+    const bool isOurs = isSwallowed || isKeptInGrab(key.keyCode);
     // Everything else has been pressed before the grab began, and the client
     // must see it end.
     isOurs ? keepForUs() : replayToClient();

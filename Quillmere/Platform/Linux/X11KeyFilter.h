@@ -82,6 +82,7 @@ private:
     void grabbedPress(const GrabbedKey& key);
     void grabbedRepeat(const GrabbedKey& key);
     void grabbedRelease(const GrabbedKey& key);
+    bool isKeptInGrab(unsigned int keyCode) const;
     InterceptDecision decide(const GrabbedKey& key);
     void switchWithoutGrab(const X11PendingPresses::Press& press);
 
