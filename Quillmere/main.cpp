@@ -1,14 +1,15 @@
 #include "Quillmere/AppDelegate.h"
+#include "Quillmere/Menu/AppIcon.h"
+#include "Quillmere/Platform/Application.h"
 #include "Quillmere/Platform/SingleInstance.h"
-
-#include <QApplication>
 
 #include <cstdlib>
 
 int main(int argc, char** argv) {
-    QApplication application(argc, argv);
+    const auto application = quillmere::makeApplication(argc, argv);
     QApplication::setApplicationName("Quillmere");
     QApplication::setDesktopFileName("quillmere");
+    QApplication::setWindowIcon(quillmere::AppIcon::make());
     QApplication::setQuitOnLastWindowClosed(false);
 
     const auto instance = quillmere::makeSingleInstance();

@@ -2,6 +2,7 @@
 #include "Quillmere/Platform/Linux/DesktopWorkspace.h"
 #include "Quillmere/Platform/Linux/FallbackEventTap.h"
 #include "Quillmere/Platform/Linux/InfoBundle.h"
+#include "Quillmere/Platform/Linux/LinuxInputSources.h"
 #include "Quillmere/Platform/Linux/PortalAppearance.h"
 #include "Quillmere/Platform/Linux/QtMainQueue.h"
 #include "Quillmere/Platform/Linux/ServiceEventTap.h"
@@ -10,7 +11,6 @@
 #include "Quillmere/Platform/Linux/StatusNotifierHost.h"
 #include "Quillmere/Platform/Linux/X11EventTap.h"
 #include "Quillmere/Platform/Linux/X11PlatePanel.h"
-#include "Quillmere/Platform/Linux/XkbInputSources.h"
 #include "Quillmere/Platform/Platform.h"
 
 #include <QPointer>
@@ -18,23 +18,6 @@
 #include <utility>
 
 namespace quillmere {
-
-namespace {
-
-/// A desktop whose layouts the program cannot reach.
-class NoInputSources : public InputSourceService {
-public:
-    std::vector<InputSourceRecord> sources() override { return {}; }
-    std::optional<std::string> currentID() override { return std::nullopt; }
-    int select(const InputSourceRecord&) override { return 1; }
-};
-
-std::unique_ptr<InputSourceService> makeInputSources() {
-    if (std::unique_ptr<InputSourceService> xkb = XkbInputSources::create()) return xkb;
-    return std::make_unique<NoInputSources>();
-}
-
-}  // namespace
 
 Platform makePlatform() {
     // First, since the service may have to be started meanwhile.
@@ -49,7 +32,7 @@ Platform makePlatform() {
     return {
         .mainQueue = std::make_unique<QtMainQueue>(),
         .userDefaults = std::make_unique<SqliteDefaults>(SqliteDefaults::standardFile()),
-        .inputSources = makeInputSources(),
+        .inputSources = makeLinuxInputSources(),
         .eventTap = std::make_unique<FallbackEventTap>(std::move(serviceTap), std::make_unique<X11EventTap>()),
         .platePanel = std::make_unique<X11PlatePanel>(),
         .appearance = std::make_unique<PortalAppearance>(),

@@ -26,6 +26,23 @@ XkbLayoutDescription describeEntry(rxkb_layout* entry) {
     return description;
 }
 
+/// The list puts a backslash before the bar in a name, the keymap does not.
+std::string nameInKeymap(std::string name) {
+    std::erase(name, '\\');
+    return name;
+}
+
+template <typename Known, typename Keys>
+bool areAllIn(const Known& known, const Keys& keys) {
+    return std::ranges::all_of(keys, [&](const auto& key) { return known.contains(key); });
+}
+
+/// The registry is a document of some megabytes, read for a few names; the
+/// allocator would keep them for the life of the process.
+void giveBack() {
+    malloc_trim(0);
+}
+
 }  // namespace
 
 std::string XkbLayout::id() const {
@@ -36,12 +53,10 @@ std::vector<std::optional<XkbLayoutDescription>> XkbLayoutRegistry::describe(con
                                                                              const std::vector<XkbLayout>& layouts) {
     if (rules != rules_) known_.clear();
     rules_ = rules;
-    if (!areAllKnown(layouts)) {
-        read(rules, layouts, Part::main);
-        if (!areAllKnown(layouts)) read(rules, layouts, Part::withRare);
-        // The registry is a document of some megabytes, read for a few names;
-        // the allocator would keep them for the life of the process.
-        malloc_trim(0);
+    if (!areAllIn(known_, layouts)) {
+        learn(layouts, Part::main);
+        if (!areAllIn(known_, layouts)) learn(layouts, Part::withRare);
+        giveBack();
     }
     std::vector<std::optional<XkbLayoutDescription>> result;
     result.reserve(layouts.size());
@@ -51,11 +66,34 @@ std::vector<std::optional<XkbLayoutDescription>> XkbLayoutRegistry::describe(con
     return result;
 }
 
-bool XkbLayoutRegistry::areAllKnown(const std::vector<XkbLayout>& layouts) const {
-    return std::ranges::all_of(layouts, [this](const XkbLayout& layout) { return known_.contains(layout); });
+std::vector<std::optional<XkbListedLayout>> XkbLayoutRegistry::named(const std::vector<std::string>& names) {
+    if (!areAllIn(knownNames_, names)) {
+        learn(names, Part::main);
+        if (!areAllIn(knownNames_, names)) learn(names, Part::withRare);
+        giveBack();
+    }
+    std::vector<std::optional<XkbListedLayout>> result;
+    result.reserve(names.size());
+    for (const std::string& name : names)
+        result.push_back(knownNames_[name]);
+    return result;
 }
 
-void XkbLayoutRegistry::read(const std::string& rules, const std::vector<XkbLayout>& layouts, Part part) {
+void XkbLayoutRegistry::learn(const std::vector<XkbLayout>& layouts, Part part) {
+    read(rules_, part, [&](const XkbListedLayout& listed) {
+        if (std::ranges::find(layouts, listed.layout) != layouts.end())
+            known_.try_emplace(listed.layout, listed.description);
+    });
+}
+
+void XkbLayoutRegistry::learn(const std::vector<std::string>& names, Part part) {
+    read({}, part, [&](const XkbListedLayout& listed) {
+        const std::string name = nameInKeymap(listed.description.name);
+        if (std::ranges::find(names, name) != names.end()) knownNames_.try_emplace(name, listed);
+    });
+}
+
+void XkbLayoutRegistry::read(const std::string& rules, Part part, const Visitor& visit) {
     const Context context(
         rxkb_context_new(part == Part::main ? RXKB_CONTEXT_NO_FLAGS : RXKB_CONTEXT_LOAD_EXOTIC_RULES));
     if (context == nullptr) return;
@@ -63,10 +101,8 @@ void XkbLayoutRegistry::read(const std::string& rules, const std::vector<XkbLayo
     const bool isRead = rules.empty() ? rxkb_context_parse_default_ruleset(context.get())
                                       : rxkb_context_parse(context.get(), rules.c_str());
     if (!isRead) return;
-    for (auto* entry = rxkb_layout_first(context.get()); entry != nullptr; entry = rxkb_layout_next(entry)) {
-        const XkbLayout layout{textOf(rxkb_layout_get_name(entry)), textOf(rxkb_layout_get_variant(entry))};
-        if (std::ranges::find(layouts, layout) != layouts.end()) known_.try_emplace(layout, describeEntry(entry));
-    }
+    for (auto* entry = rxkb_layout_first(context.get()); entry != nullptr; entry = rxkb_layout_next(entry))
+        visit({{textOf(rxkb_layout_get_name(entry)), textOf(rxkb_layout_get_variant(entry))}, describeEntry(entry)});
 }
 
 }  // namespace quillmere

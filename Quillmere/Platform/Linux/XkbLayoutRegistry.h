@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -25,6 +26,12 @@ struct XkbLayoutDescription {
     std::vector<std::string> languages;  ///< ISO 639 codes of three letters, the main one first
 };
 
+/// A layout and what the list says of it.
+struct XkbListedLayout {
+    XkbLayout layout;
+    XkbLayoutDescription description;
+};
+
 /// Names and languages of layouts, from the system's list (libxkbregistry).
 /// Reading the list takes about 5 ms and a further 3 ms for its rare part, so
 /// it is read when a layout is asked for the first time, the rare part only
@@ -37,14 +44,22 @@ public:
     std::vector<std::optional<XkbLayoutDescription>> describe(const std::string& rules,
                                                               const std::vector<XkbLayout>& layouts);
 
+    /// The layout of the default list that a keymap means by each of these
+    /// names; absent for a name that no layout has. No two layouts of the main
+    /// part share a name.
+    std::vector<std::optional<XkbListedLayout>> named(const std::vector<std::string>& names);
+
 private:
     enum class Part { main, withRare };
+    using Visitor = std::function<void(const XkbListedLayout&)>;
 
-    void read(const std::string& rules, const std::vector<XkbLayout>& layouts, Part part);
-    bool areAllKnown(const std::vector<XkbLayout>& layouts) const;
+    static void read(const std::string& rules, Part part, const Visitor& visit);
+    void learn(const std::vector<XkbLayout>& layouts, Part part);
+    void learn(const std::vector<std::string>& names, Part part);
 
     std::string rules_;
     std::map<XkbLayout, std::optional<XkbLayoutDescription>> known_;
+    std::map<std::string, std::optional<XkbListedLayout>> knownNames_;
 };
 
 }  // namespace quillmere
