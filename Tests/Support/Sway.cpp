@@ -123,9 +123,11 @@ QJsonArray Sway::inputs() const {
 std::vector<int> Sway::layoutsInUse(const std::string& identifier) const {
     std::vector<int> result;
     const QJsonArray all = inputs();
-    for (const auto& input : all)
+    for (const auto& entry : all) {
+        const QJsonObject input = entry.toObject();
         if (input["identifier"].toString().toStdString() == identifier)
             result.push_back(input["xkb_active_layout_index"].toInt(-1));
+    }
     return result;
 }
 
