@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,7 +20,14 @@
 namespace quillmere::machine {
 
 using support::holdsFor;
-using support::waitUntil;
+
+/// How long to wait for what must come: the computer is emulated, on one that
+/// may be busy with other things.
+inline constexpr std::chrono::milliseconds patience = 3 * support::patience;
+
+inline bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds deadline = patience) {
+    return support::waitUntil(condition, deadline);
+}
 
 /// The keyboard that is always there.
 inline constexpr const char* builtInKeyboard = "AT Translated Set 2 keyboard";

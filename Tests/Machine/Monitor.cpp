@@ -94,6 +94,11 @@ std::vector<KeyStroke> chord(const std::vector<std::uint16_t>& codes) {
     return strokes;
 }
 
+std::vector<KeyStroke> operator+(std::vector<KeyStroke> first, const std::vector<KeyStroke>& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
 Monitor::Monitor() : port_(open("/dev/virtio-ports/monitor", O_RDWR | O_CLOEXEC)) {
     if (port_ < 0) throw SupportError("no monitor", errno);
     readLine();  // its greeting

@@ -21,6 +21,9 @@ std::vector<KeyStroke> taps(const std::vector<std::uint16_t>& codes);
 /// All down in this order, then all up in the opposite one.
 std::vector<KeyStroke> chord(const std::vector<std::uint16_t>& codes);
 
+/// One after the other.
+std::vector<KeyStroke> operator+(std::vector<KeyStroke> first, const std::vector<KeyStroke>& second);
+
 /// What people do to the computer from outside, through the monitor of the
 /// emulator that this computer runs in. Keys go to the keyboard that was
 /// plugged in last. Every function throws SupportError when the emulator

@@ -68,4 +68,8 @@ void Service::revoke(uid_t user) {
     std::filesystem::remove(grantOf(user));
 }
 
+bool Service::isGranted(uid_t user) {
+    return std::filesystem::exists(grantOf(user));
+}
+
 }  // namespace quillmere::machine

@@ -25,6 +25,8 @@ public:
     /// Lets `user` have the tap, or not any more, without asking anybody.
     static void grant(uid_t user);
     static void revoke(uid_t user);
+    /// Whether the service has remembered that `user` may have it.
+    static bool isGranted(uid_t user);
 
 private:
     SystemBus bus_;

@@ -2,11 +2,15 @@
 #include "Tests/Machine/MachineTest.h"
 #include "Tests/Machine/PasswordDialog.h"
 #include "Tests/Machine/Service.h"
-#include "Tests/Support/SupportError.h"
+#include "Tests/Support/ConfigurationText.h"
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
+#include <regex>
 
 // The application on a Wayland desktop, where the tap service is the only way.
 namespace quillmere::machine {
@@ -14,7 +18,6 @@ namespace quillmere::machine {
 namespace {
 
 using support::ChildProcess;
-using support::SupportError;
 
 std::string contents(const std::filesystem::path& file) {
     std::ifstream stream(file);
@@ -30,15 +33,15 @@ protected:
             {"XDG_SESSION_TYPE", "wayland"},  {"XDG_CURRENT_DESKTOP", "sway"},
             {"LIBSEAT_BACKEND", "logind"},    {"WLR_RENDERER", "pixman"},
             {"WLR_NO_HARDWARE_CURSORS", "1"}, {"SWAYSOCK", graphical_->folder() / "sway"},
-            {"WAYLAND_DISPLAY", ""}};
+        };
         for (const auto& [name, value] : desktop)
             graphical_->environment()[name] = value;
         const std::filesystem::path configuration = graphical_->folder() / "sway.conf";
         std::ofstream(configuration) << "input type:keyboard xkb_layout us,ua\n"
-                                     << "exec foot sh -c 'stty -echo; exec cat > " << typed().string() << "'\n"
+                                     << "exec foot sh -c 'stty -echo -icanon; exec cat > " << typed().string() << "'\n"
                                      << "exec env > " << started().string() << "\n";
         compositor_.emplace(graphical_->program("sway", {"sway", "--config", configuration}));
-        ASSERT_TRUE(waitUntil([this] { return !contents(started()).empty() && showsTitle("foot"); }))
+        ASSERT_TRUE(waitUntil([this] { return std::filesystem::exists(typed()) && showsTitle("foot"); }))
             << compositor_->output();
         takeEnvironment();
     }
@@ -49,29 +52,67 @@ protected:
         MachineTest::TearDown();
     }
 
-    void startQuillmere() { graphical_->startQuillmere(); }
+    GraphicalSession& graphical() { return *graphical_; }
     ChildProcess& quillmere() { return graphical_->quillmere(); }
 
-    /// Whether a window with this title is on the desktop.
-    bool showsTitle(const std::string& title) { return tree().find("\"name\": \"" + title) != std::string::npos; }
+    /// The application listens to `group` from its start on.
+    void startQuillmere(const support::StoredGroup& group) {
+        Service::grant(writer);
+        graphical_->settings().set("config", support::configurationText({group}));
+        graphical_->startQuillmere();
+    }
 
-    std::filesystem::path typed() const { return graphical_->folder() / "typed"; }
+    /// Whether a window with this title is on the desktop.
+    bool showsTitle(const std::string& title) {
+        return ask("get_tree").find("\"name\": \"" + title) != std::string::npos;
+    }
+
+    /// Waits until all keyboards type in the layout with this index.
+    testing::AssertionResult switchesTo(int layout, std::chrono::milliseconds deadline = patience) {
+        const std::regex index(R"("xkb_active_layout_index": (\d+))");
+        const bool hasSwitched = waitUntil(
+            [&] {
+                const std::string inputs = ask("get_inputs");
+                const std::sregex_iterator first(inputs.begin(), inputs.end(), index);
+                return first != std::sregex_iterator() && std::all_of(first, {}, [&](const std::smatch& match) {
+                           return match.str(1) == std::to_string(layout);
+                       });
+            },
+            deadline);
+        if (hasSwitched) return testing::AssertionSuccess();
+        return testing::AssertionFailure() << desk_.describe() << ask("get_inputs") << graphical_->quillmere().output();
+    }
+
+    /// Types with these keys, and waits until the terminal has got this text
+    /// and nothing else.
+    testing::AssertionResult types(const std::vector<KeyStroke>& strokes, const std::string& text) {
+        const std::string before = contents(typed());
+        monitor().type(strokes);
+        if (waitUntil([&] { return contents(typed()).size() >= before.size() + text.size(); })
+            && contents(typed()) == before + text)
+            return testing::AssertionSuccess();
+        return testing::AssertionFailure() << "typed: " << contents(typed()).substr(before.size()) << '\n'
+                                           << desk_.describe() << graphical_->quillmere().output();
+    }
 
 private:
+    std::filesystem::path typed() const { return graphical_->folder() / "typed"; }
     std::filesystem::path started() const { return graphical_->folder() / "started"; }
 
     /// The compositor picks its displays itself, and tells those that it starts.
     void takeEnvironment() {
+        ASSERT_TRUE(waitUntil([this] { return contents(started()).find("\nDISPLAY=") != std::string::npos; }));
         std::ifstream stream(started());
         for (std::string line; std::getline(stream, line);)
             for (const std::string name : {"WAYLAND_DISPLAY", "DISPLAY"})
                 if (line.starts_with(name + "=")) graphical_->environment()[name] = line.substr(name.size() + 1);
     }
 
-    std::string tree() {
-        const std::filesystem::path file = graphical_->folder() / "tree";
+    /// What the compositor says to a request of swaymsg.
+    std::string ask(const std::string& request) {
+        const std::filesystem::path file = graphical_->folder() / "answer";
         std::filesystem::remove(file);
-        ChildProcess::Options options = graphical_->program("swaymsg", {"swaymsg", "-r", "-t", "get_tree"});
+        ChildProcess::Options options = graphical_->program("swaymsg", {"swaymsg", "-r", "-t", request});
         options.output = file;
         ChildProcess::run(options);
         return contents(file);
@@ -81,21 +122,73 @@ private:
     std::optional<ChildProcess> compositor_;
 };
 
+/// In a light and in a dark desktop.
+class SwayAppearance : public Sway, public testing::WithParamInterface<const char*> {};
+
+const std::vector<std::string> layouts{"xkb:us", "xkb:ua"};
+const std::vector<KeyStroke> shortcut = chord({KEY_LEFTCTRL, KEY_LEFTALT, KEY_SPACE});
+const std::vector<KeyStroke> letters = taps({KEY_A, KEY_S, KEY_Z});
+
 }  // namespace
 
-TEST_F(Sway, ThePermissionWindowGetsTheGrantThroughTheSystemsOwnDialog) {
-    startQuillmere();
+TEST_P(SwayAppearance, ThePermissionWindowGetsTheGrantThroughTheSystemsOwnDialog) {
+    const std::string scheme = GetParam();
+    ChildProcess portal(graphical().program("portal", {programPath("settings_portal"), scheme}));
+    ASSERT_TRUE(waitUntil([&] { return !portal.output().empty(); }));
+    graphical().startQuillmere();
     ASSERT_TRUE(waitUntil([this] { return showsTitle("Quillmere needs permission"); })) << quillmere().output();
-    monitor().screenshot("permission-needed");
+    monitor().screenshot("permission-needed-" + scheme);
 
     PasswordDialog dialog(session(), quillmere().pid());
     // To the window's first button, and presses it.
     monitor().type(taps({KEY_TAB, KEY_SPACE}));
     dialog.enter("root-secret");
-    EXPECT_TRUE(waitUntil([this] { return showsTitle("Quillmere is ready"); })) << dialog.shown();
-    monitor().screenshot("permission-granted");
+    EXPECT_TRUE(waitUntil([] { return Service::isGranted(writer); })) << dialog.shown();
+    const auto granted = std::chrono::steady_clock::now();
+    EXPECT_TRUE(waitUntil([this] { return showsTitle("Quillmere is ready"); })) << quillmere().output();
+    const auto ready = std::chrono::steady_clock::now();
+    monitor().screenshot("permission-granted-" + scheme);
     EXPECT_TRUE(waitUntil([this] { return !showsTitle("Quillmere is ready"); }));
+    const auto gone = std::chrono::steady_clock::now();
+
+    const auto milliseconds = [](auto time) {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+    };
+    std::cout << "Ready " << milliseconds(ready - granted) << " ms after the grant, for " << milliseconds(gone - ready)
+              << " ms." << std::endl;
+    // About a second, and what an emulated computer adds.
+    EXPECT_LT(ready - granted, std::chrono::milliseconds(3500));
+    EXPECT_GT(gone - ready, std::chrono::milliseconds(2000));
     EXPECT_TRUE(quillmere().isRunning());
+}
+
+INSTANTIATE_TEST_SUITE_P(Schemes, SwayAppearance, testing::Values("light", "dark"),
+                         [](const auto& info) { return std::string(info.param); });
+
+TEST_F(Sway, AShortcutSwitchesTheLayoutThatAnApplicationTypesIn) {
+    startQuillmere({.sources = layouts});
+    ASSERT_TRUE(becomesGrabbed());
+    EXPECT_TRUE(types(letters, "asz"));
+    // Without a pause in between.
+    EXPECT_TRUE(types(shortcut + letters, "фія"));
+    EXPECT_TRUE(types(shortcut + letters, "asz"));
+    monitor().screenshot("sway");
+}
+
+TEST_F(Sway, FnAloneSwitchesTheLayoutAndGrabsNothing) {
+    VirtualKeyboard keyboard({.name = "Fn keyboard", .moreKeys = {KEY_FN}});
+    startQuillmere({.keyCode = 63, .modifiers = 0, .sources = layouts});
+    const auto tapFn = [&] { keyboard.type(taps({KEY_FN})); };
+    ASSERT_TRUE(waitUntil([&] {
+        tapFn();
+        return switchesTo(1, moment);
+    }));
+    EXPECT_TRUE(types(letters, "фія"));
+    tapFn();
+    EXPECT_TRUE(switchesTo(0));
+    EXPECT_TRUE(types(letters, "asz"));
+    EXPECT_TRUE(becomesFree());
+    EXPECT_TRUE(desk_.clones().empty());
 }
 
 }  // namespace quillmere::machine

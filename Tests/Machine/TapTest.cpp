@@ -4,11 +4,6 @@
 
 namespace quillmere::machine {
 
-std::vector<KeyStroke> operator+(std::vector<KeyStroke> first, const std::vector<KeyStroke>& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
 void TapTest::SetUp() {
     Service::grant(writer);
     session().activate();

@@ -17,8 +17,6 @@ inline const std::vector<KeyStroke> ctrlSpaceStrokes = chord({KEY_LEFTCTRL, KEY_
 /// What the desktop gets of it when it is swallowed.
 inline const std::vector<KeyStroke> ctrlStrokes = taps({KEY_LEFTCTRL});
 
-std::vector<KeyStroke> operator+(std::vector<KeyStroke> first, const std::vector<KeyStroke>& second);
-
 /// A case with a program that owns the tap in the active session.
 class TapTest : public MachineTest {
 protected:
