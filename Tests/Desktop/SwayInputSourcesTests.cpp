@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <optional>
 
 namespace quillmere::support {
@@ -91,6 +92,22 @@ TEST_F(SwayInputSourcesTest, LayoutsWithUnusualNamesAreKnownToo) {
     startWithKeyboard("cz,us,ch", "bksl,intl-unicode,fr");
     EXPECT_EQ(ids(), (Ids{"xkb:cz+bksl", "xkb:us+intl-unicode", "xkb:ch+fr"}));
     EXPECT_EQ(sources->sources()[0].localizedName, "Czech (with <|> key)");
+}
+
+TEST_F(SwayInputSourcesTest, ALayoutThatTheUserHasMadeIsKnownByItsNameAlone) {
+    std::string keymap = SwayKeyboard::keymap("us,ua");
+    const std::string name = "English (US)";
+    keymap.replace(keymap.find(name), name.size(), "Homemade");
+    const std::filesystem::path file = folder.path() / "keymap";
+    std::ofstream(file) << keymap;
+    startWithKeyboard("us");
+    ASSERT_TRUE(sway->command("input type:keyboard xkb_file " + file.string()));
+    EXPECT_EQ(ids(), (Ids{"sway:Homemade", "xkb:ua"}));
+    EXPECT_EQ(sources->sources()[0].localizedName, "Homemade");
+    EXPECT_TRUE(sources->sources()[0].languages.empty());
+    EXPECT_EQ(select("xkb:ua"), 0);
+    EXPECT_EQ(select("sway:Homemade"), 0);
+    EXPECT_EQ(inUse(), std::vector{0});
 }
 
 TEST_F(SwayInputSourcesTest, GoesThroughAGroupAndRoundItsEnd) {

@@ -9,8 +9,11 @@
 #include <cerrno>
 #include <csignal>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <optional>
 
+#include <X11/Xlib.h>
 #include <grp.h>
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -35,9 +38,42 @@ void giveAway(const std::filesystem::path& path) {
         throw SupportError("cannot give " + path.string() + " away", errno);
 }
 
+/// Xwayland serves only the user whose desktop it is.
+void openXwaylandToRoot(const std::string& display) {
+    if (geteuid() != 0 || display.empty()) return;
+    const bool isNobody = seteuid(nobody) == 0;
+    Display* connection = XOpenDisplay(display.c_str());
+    if (!isNobody || seteuid(0) != 0 || connection == nullptr) throw SupportError("no Xwayland at " + display);
+    std::string type = "localuser";
+    std::string value = "root";
+    XServerInterpretedAddress user{.typelength = static_cast<int>(type.size()),
+                                   .valuelength = static_cast<int>(value.size()),
+                                   .type = type.data(),
+                                   .value = value.data()};
+    XHostAddress address{
+        .family = FamilyServerInterpreted, .length = sizeof user, .address = reinterpret_cast<char*>(&user)};
+    XAddHost(connection, &address);
+    XCloseDisplay(connection);
+}
+
 std::string contents(const std::filesystem::path& file) {
     std::ifstream stream(file);
     return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// The node of the tree of windows, or one below it, that fits.
+std::optional<QJsonObject> findNode(const QJsonObject& node, const std::function<bool(const QJsonObject&)>& fits) {
+    if (fits(node)) return node;
+    for (const char* children : {"nodes", "floating_nodes"}) {
+        const QJsonArray all = node[children].toArray();
+        for (const auto& child : all)
+            if (const auto found = findNode(child.toObject(), fits)) return found;
+    }
+    return std::nullopt;
+}
+
+std::string titleOf(const QJsonObject& node) {
+    return node["name"].toString().toStdString();
 }
 
 std::string valueIn(const std::string& lines, const std::string& name) {
@@ -79,7 +115,7 @@ std::string Sway::socket() const {
 }
 
 void Sway::writeConfiguration(const Options& options) const {
-    std::ofstream(folder_ / "config") << "xwayland " << (options.hasXwayland ? "enable" : "disable") << '\n'
+    std::ofstream(folder_ / "config") << "xwayland " << (options.hasXwayland ? "force" : "disable") << '\n'
                                       << "input type:keyboard {\n  xkb_layout \"" << options.layouts
                                       << "\"\n  xkb_variant \"" << options.variants << "\"\n}\n"
                                       << "output X11-1 resolution 1280x800\n"
@@ -96,6 +132,7 @@ void Sway::takeEnvironment() {
     waylandDisplay_ = folder_ / "runtime" / valueIn(variables, "WAYLAND_DISPLAY");
     xDisplay_ = valueIn(variables, "DISPLAY");
     if (xDisplay_ == environment_["DISPLAY"]) xDisplay_.clear();
+    openXwaylandToRoot(xDisplay_);
 }
 
 int Sway::message(const std::vector<std::string>& arguments, const std::filesystem::path& reply) const {
@@ -131,9 +168,18 @@ std::vector<int> Sway::layoutsInUse(const std::string& identifier) const {
     return result;
 }
 
-bool Sway::showsTitle(const std::string& title) const {
+QJsonObject Sway::tree() const {
     message({"-t", "get_tree"}, folder_ / "reply");
-    return contents(folder_ / "reply").find('"' + title + '"') != std::string::npos;
+    return QJsonDocument::fromJson(QByteArray::fromStdString(contents(folder_ / "reply"))).object();
+}
+
+bool Sway::showsTitle(const std::string& title) const {
+    return findNode(tree(), [&](const QJsonObject& node) { return titleOf(node) == title; }).has_value();
+}
+
+std::string Sway::focusedTitle() const {
+    const auto focused = findNode(tree(), [](const QJsonObject& node) { return node["focused"].toBool(); });
+    return focused ? titleOf(*focused) : std::string();
 }
 
 }  // namespace quillmere::support

@@ -4,6 +4,7 @@
 #include "Tests/Support/Environment.h"
 
 #include <QJsonArray>
+#include <QJsonObject>
 
 #include <filesystem>
 #include <memory>
@@ -45,8 +46,10 @@ public:
     /// The layout in use on each of the keyboards with this identifier, newest
     /// first.
     std::vector<int> layoutsInUse(const std::string& identifier) const;
-    /// Titles of its windows.
+    /// Whether it has a window with this title.
     bool showsTitle(const std::string& title) const;
+    /// The title of the window with the keyboard focus; empty when none has it.
+    std::string focusedTitle() const;
 
     ChildProcess& process() { return *process_; }
 
@@ -57,7 +60,8 @@ public:
 private:
     void writeConfiguration(const Options& options) const;
     void takeEnvironment();
-    /// Runs swaymsg; its output in `reply`, if any. The exit code.
+    QJsonObject tree() const;
+    /// Runs swaymsg; its output in `reply`. The exit code.
     int message(const std::vector<std::string>& arguments, const std::filesystem::path& reply) const;
 
     std::filesystem::path folder_;
