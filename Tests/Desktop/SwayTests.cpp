@@ -5,6 +5,9 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <iterator>
 #include <optional>
 
 // The whole program on a Wayland desktop. Only the keyboard is played: the
@@ -156,6 +159,25 @@ TEST_F(SwayTest, WithoutTheServiceThePermissionWindowIsShown) {
     ASSERT_TRUE(waitUntil([this] { return sway.showsTitle("Quillmere needs permission"); }));
     EXPECT_TRUE(waitForPicture("permission"));
     EXPECT_TRUE(showsIcon("Quillmere needs permission"));
+}
+
+TEST_F(SwayTest, WhatTheProgramStartsChoosesItsOwnDisplay) {
+    const std::filesystem::path started = folder.path() / "started";
+    const std::filesystem::path tools = folder.makeFolder("tools");
+    std::ofstream(tools / "xdg-open") << "#!/bin/sh\nenv > " << started.string() << ".part\nmv " << started.string()
+                                      << ".part " << started.string() << '\n';
+    std::filesystem::permissions(tools / "xdg-open", std::filesystem::perms::owner_all);
+    environment["PATH"] = tools.string() + ":" + environment["PATH"];
+    ASSERT_NO_FATAL_FAILURE(startProgram());
+    ASSERT_TRUE(waitUntil([this] { return sway.focusedTitle() == "Quillmere needs permission"; }));
+    ASSERT_TRUE(waitForPicture("permission"));
+    // Without the service the button opens its documentation.
+    Typist(server.display()).play(Strokes().tap(keys::tab).tap(keys::space));
+    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(started); }));
+    std::ifstream stream(started);
+    const std::string variables{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_NE(variables.find("WAYLAND_DISPLAY="), std::string::npos);
+    EXPECT_EQ(variables.find("QT_QPA_PLATFORM"), std::string::npos);
 }
 
 TEST_F(SwayTest, TheSettingsListTheDesktopsLayoutsAndHaveTheProgramsIcon) {
