@@ -95,6 +95,8 @@ protected:
 
     static constexpr QPoint middle{640, 400};
     static constexpr QPoint corner{1270, 790};
+    /// Within the plate's edge.
+    static constexpr QPoint besideTheRows{523, 400};
 
     TemporaryFolder folder;
     Environment environment;
@@ -123,6 +125,25 @@ TEST_F(SwayTest, AShortcutSwitchesTheDesktopAndShowsThePlate) {
     EXPECT_NEAR(shown.frame.center().x(), 640, 1);
     EXPECT_NEAR(shown.frame.center().y(), 400, 20) << "in the middle of what no bar covers";
     EXPECT_TRUE(waitUntil([this] { return !plate().has_value(); }));
+}
+
+TEST_F(SwayTest, ThePlateFadesAway) {
+    ASSERT_NO_FATAL_FAILURE(startSwitching());
+    const int empty = screen.color(corner).lightness();
+    // A busy machine may miss the whole of a fade.
+    const bool isSeen = waitUntil([&] {
+        pressShortcut();
+        if (!waitForPicture("fade")) return false;
+        const int full = screen.color(besideTheRows).lightness();
+        bool isBetween = false;
+        return waitUntil([&] {
+                   const int now = screen.color(besideTheRows).lightness();
+                   isBetween = isBetween || (now > empty + 10 && now < full - 10);
+                   return now == empty;
+               })
+               && isBetween;
+    });
+    EXPECT_TRUE(isSeen);
 }
 
 TEST_F(SwayTest, ThePlateComesOverAFullScreenWindowAndLeavesItTheFocus) {

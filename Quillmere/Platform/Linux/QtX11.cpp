@@ -49,4 +49,22 @@ bool QtX11::isOwned(xcb_atom_t selection) const {
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
+std::string QtX11::windowManagerName() const {
+    const std::string window = property(root_, "_NET_SUPPORTING_WM_CHECK");
+    xcb_window_t manager = XCB_WINDOW_NONE;
+    if (window.size() != sizeof manager) return {};
+    std::memcpy(&manager, window.data(), sizeof manager);
+    return property(manager, "_NET_WM_NAME");
+}
+
+/// The first bytes of the property's value, whatever it is.
+std::string QtX11::property(xcb_window_t window, const char* name) const {
+    constexpr std::uint32_t maxWords = 64;
+    const auto cookie = xcb_get_property(connection_, 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, maxWords);
+    const auto reply = owned(xcb_get_property_reply(connection_, cookie, nullptr));
+    if (!reply) return {};
+    const auto* bytes = static_cast<const char*>(xcb_get_property_value(reply.get()));
+    return {bytes, static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+}
+
 }  // namespace quillmere

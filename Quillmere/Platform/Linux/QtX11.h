@@ -3,6 +3,7 @@
 #include <xcb/xcb.h>
 
 #include <optional>
+#include <string>
 
 namespace quillmere {
 
@@ -24,8 +25,13 @@ public:
     xcb_atom_t screenSelection(const char* prefix) const;
     /// Whether some client owns the selection. A round trip.
     bool isOwned(xcb_atom_t selection) const;
+    /// What the window manager calls itself (EWMH); empty when there is none
+    /// or it does not tell. Some round trips.
+    std::string windowManagerName() const;
 
 private:
+    std::string property(xcb_window_t window, const char* name) const;
+
     QtX11(xcb_connection_t* connection, int screenNumber, xcb_window_t root);
 
     xcb_connection_t* connection_;

@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/X11PlatePanel.h"
 
+#include <QGraphicsOpacityEffect>
 #include <QGuiApplication>
 #include <QScreen>
 
@@ -8,6 +9,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <string_view>
 #include <utility>
 
 namespace quillmere {
@@ -18,6 +20,10 @@ using namespace std::chrono_literals;
 
 // About 60 Hz, and only while a fade runs.
 constexpr auto fadeStepTime = 16ms;
+
+// That of Xwayland under wlroots before 0.18: it blends windows, but not by
+// their opacity.
+constexpr std::string_view deafWindowManager = "wlroots wm";
 
 std::unique_ptr<QWidget> makeWindow() {
     auto window =
@@ -49,6 +55,7 @@ void refuseShadow(const QtX11& x11, xcb_window_t window) {
 X11PlatePanel::X11PlatePanel() : x11_(QtX11::current()), window_(makeWindow()) {
     if (x11_) {
         compositorSelection_ = x11_->screenSelection("_NET_WM_CM_S");
+        isOpacityHeeded_ = x11_->windowManagerName() != deafWindowManager;
         refuseShadow(*x11_, static_cast<xcb_window_t>(window_->winId()));
     }
     fadeStep_.setTimerType(Qt::PreciseTimer);
@@ -129,9 +136,25 @@ void X11PlatePanel::applyAlpha(double alpha) {
     alpha_ = alpha;
     // No other display server lets a client fade its window.
     if (!x11_) return;
+    if (!isOpacityHeeded_) {
+        paintAt(alpha);
+        return;
+    }
     window_->setWindowOpacity(alpha);
     // Qt does not flush this property, so a step would wait for the next event.
     xcb_flush(x11_->connection());
+}
+
+/// Not the way for every compositor: each step draws the plate anew.
+void X11PlatePanel::paintAt(double alpha) {
+    if (content_ == nullptr) return;
+    if (alpha == 1) {
+        content_->setGraphicsEffect(nullptr);
+        return;
+    }
+    auto* effect = qobject_cast<QGraphicsOpacityEffect*>(content_->graphicsEffect());
+    if (effect == nullptr) content_->setGraphicsEffect(effect = new QGraphicsOpacityEffect);
+    effect->setOpacity(alpha);
 }
 
 }  // namespace quillmere

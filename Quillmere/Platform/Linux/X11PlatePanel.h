@@ -45,9 +45,12 @@ private:
     void stepFade();
     void endFade(int number, const std::function<void()>& completion);
     void applyAlpha(double alpha);
+    void paintAt(double alpha);
 
     std::optional<QtX11> x11_;
     xcb_atom_t compositorSelection_ = XCB_ATOM_NONE;
+    /// Whether the compositor makes a window as opaque as it asks to be.
+    bool isOpacityHeeded_ = true;
     std::unique_ptr<QWidget> window_;
     QWidget* content_ = nullptr;  ///< owned by the window
     double alpha_ = 1;
