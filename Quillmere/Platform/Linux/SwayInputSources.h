@@ -22,6 +22,10 @@ namespace quillmere {
 /// later: a keyboard starts with its first layout, and the one that the
 /// key-tap service puts in a grabbed one's place is what the user goes on
 /// typing on.
+///
+/// Every call asks the compositor, about 40 µs each: a keyboard's program may
+/// change its keymap without an event, and events have no number by which to
+/// tell twins apart.
 class SwayInputSources final : public InputSourceService {
 public:
     /// Null when no sway listens at $SWAYSOCK. Waits some seconds for the first
