@@ -71,7 +71,7 @@ struct Bench {
 void run(benchmark::State& state, const KeyEventFields& event) {
     Bench bench(state.range(0));
     const std::size_t before = allocations.load();
-    for (auto _ : state)
+    for ([[maybe_unused]] const auto each : state)
         benchmark::DoNotOptimize(bench.interceptor.handle(event));
     state.counters["allocations"] =
         benchmark::Counter(static_cast<double>(allocations.load() - before), benchmark::Counter::kAvgIterations);

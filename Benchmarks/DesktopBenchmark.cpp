@@ -12,6 +12,7 @@
 #include "Tests/Support/Program.h"
 #include "Tests/Support/StartupPipe.h"
 #include "Tests/Support/WaitUntil.h"
+#include "Tests/Support/Witness.h"
 
 #include <QCoreApplication>
 
@@ -19,6 +20,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -108,7 +110,8 @@ double timeKey(Desktop& desktop, EventClock& clock) {
 }
 
 template <class Sample>
-void compare(const char* what, int count, const char* target, const char* tailTarget, Sample ours, Sample theirs) {
+void compare(const char* what, int count, const char* target, const char* tailTarget, const Sample& ours,
+             const Sample& theirs) {
     std::vector<double> our;
     std::vector<double> their;
     for (int i = 0; i < count; ++i) {
@@ -148,8 +151,10 @@ void measurePlate(const Programs& programs, bool hasCompositor) {
     Program program(programs.quillmere, desktop);
     if (!program.waitForGrab(keys::space, superModifier)) throw std::runtime_error("the program does not start");
     EventClock clock(desktop.display());
-    const QPoint middle(640, 400);
-    const QColor bare = desktop.screen().color(middle);
+    // What a compositor shows where no window is, is its own affair.
+    const support::Witness background(desktop.display(), support::Witness::Size::fullScreen);
+    const auto isBare = [&] { return desktop.screen().color({640, 400}) == QColor(Qt::white); };
+    if (!support::waitUntil(isBare)) throw std::runtime_error("the background does not show");
     std::vector<double> times;
     for (int i = 0; i < plateSamples; ++i) {
         desktop.typist().press(keys::leftSuper);
@@ -157,13 +162,13 @@ void measurePlate(const Programs& programs, bool hasCompositor) {
         const Clock::time_point start = Clock::now();
         desktop.typist().press(keys::space);
         const double switched = clock.layoutChange(start);
-        while (desktop.screen().color(middle) == bare && Clock::now() - start < std::chrono::seconds(5))
+        while (isBare() && Clock::now() - start < support::patience)
             continue;
         times.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count() - switched);
+        if (switched < 0 || isBare()) throw std::runtime_error("the plate does not show");
         desktop.typist().release(keys::space);
         desktop.typist().release(keys::leftSuper);
-        program.waitForNoPlate();
-        support::waitUntil([&] { return desktop.screen().color(middle) == bare; });
+        if (!support::waitUntil(isBare)) throw std::runtime_error("the plate does not go");
     }
     constexpr double frame = 1e6 / 60;
     const double time = percentile(times, 0.5);
@@ -213,29 +218,17 @@ double proportionalSetSize(pid_t process) {
     throw std::runtime_error("no memory figures");
 }
 
-// Context switches of all threads: each is one wake-up.
-long wakeUps(pid_t process) {
-    long count = 0;
-    for (const auto& task : fs::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
-        std::ifstream file(task.path() / "status");
-        for (std::string line; std::getline(file, line);) {
-            if (line.starts_with("voluntary_ctxt_switches:")) count += std::stol(line.substr(24));
-        }
-    }
-    return count;
-}
-
 struct Rest {
     double memory;  // MiB
     long wakeUps;   // in `restObserved`
 };
 
-Rest observeRest(pid_t process) {
+Rest observeRest(const ChildProcess& process) {
     support::holdsFor([] { return true; }, settling);
-    const double memory = proportionalSetSize(process) / 1024;
-    const long before = wakeUps(process);
+    const double memory = proportionalSetSize(process.pid()) / 1024;
+    const long before = process.wakeUps();
     std::this_thread::sleep_for(restObserved);
-    return {memory, wakeUps(process) - before};
+    return {memory, process.wakeUps() - before};
 }
 
 Rest programAtRest(const Programs& programs, Desktop& desktop) {
@@ -243,7 +236,7 @@ Rest programAtRest(const Programs& programs, Desktop& desktop) {
     if (!program.waitForGrab(keys::space, superModifier) || !program.waitForTrayItem()) {
         throw std::runtime_error("the program does not start");
     }
-    return observeRest(program.process().pid());
+    return observeRest(program.process());
 }
 
 Rest minimalProgramAtRest(const Programs& programs, Desktop& desktop) {
@@ -252,7 +245,7 @@ Rest minimalProgramAtRest(const Programs& programs, Desktop& desktop) {
                           .environment = desktop.environment(),
                           .inheritedDescriptors = {ready.writeEnd()}});
     if (ready.readLine().empty()) throw std::runtime_error("the minimal program does not start");
-    return observeRest(program.pid());
+    return observeRest(program);
 }
 
 // One after the other: side by side they would share Qt's pages, which hides

@@ -41,10 +41,10 @@ std::string configuration() {
     });
 }
 
-/// The desktop with the program's settings already stored on it.
-const Desktop& prepared(const Desktop& desktop) {
+/// The display of the desktop, with the program's settings stored on it first.
+std::string preparedDisplay(const Desktop& desktop) {
     desktop.settings().set("config", configuration());
-    return desktop;
+    return desktop.display();
 }
 
 Strokes shortcut() {
@@ -55,7 +55,7 @@ Strokes shortcut() {
 
 Demonstration::Demonstration(const std::filesystem::path& program, std::filesystem::path pictures)
     : desktop_({.hasCompositor = true}),
-      application_(prepared(desktop_).display(), Witness::Size::normal, paper),
+      application_(preparedDisplay(desktop_), Witness::Size::normal, paper),
       program_(program, desktop_),
       pictures_(std::move(pictures)) {}
 

@@ -207,6 +207,25 @@ TEST_F(ChangingLayoutsTest, TypingRightThroughAChangeLosesNoLetter) {
     ASSERT_NO_FATAL_FAILURE(pressShortcutAndWaitFor(1));
 }
 
+// What does not wake it can neither be slowed down by it nor be known to it.
+TEST_F(SafetyTest, OrdinaryTypingDoesNotWakeTheProgram) {
+    ASSERT_NO_FATAL_FAILURE(startEverything());
+    ASSERT_TRUE(program().waitForTrayItem());
+    waitForEverythingTyped();
+    const auto isAtRest = [this] {
+        const long before = program().process().wakeUps();
+        return holdsFor([&] { return program().process().wakeUps() == before; }, std::chrono::milliseconds(300));
+    };
+    ASSERT_TRUE(waitUntil(isAtRest));
+    const long before = program().process().wakeUps();
+    Strokes strokes;
+    for (int i = 0; i < 10; ++i)
+        strokes.tap(keys::a).tap(keys::space).tap(keys::z);
+    typist().playByHand(strokes);
+    waitForEverythingTyped();
+    EXPECT_LT(program().process().wakeUps() - before, 10);
+}
+
 class OtherProgramsTest : public SafetyTest {};
 
 TEST_F(OtherProgramsTest, AShortcutThatAnotherProgramHoldsStaysItsOwn) {
@@ -225,7 +244,8 @@ TEST_F(OtherProgramsTest, AShortcutThatAnotherProgramHoldsStaysItsOwn) {
 TEST_F(OtherProgramsTest, UnderAnOpenMenuThePressSwitchesAndTheMenuGetsItToo) {
     ASSERT_NO_FATAL_FAILURE(startEverything());
     ASSERT_TRUE(witness().grabKeyboard());
-    ASSERT_NO_FATAL_FAILURE(pressShortcutAndWaitFor(1));
+    typist().playByHand(Strokes().chord(controlAlt, keys::space));
+    ASSERT_TRUE(waitForGroup(1));
     waitForEverythingTyped();
     EXPECT_EQ(witness().presses(keys::space), 1U);
     witness().ungrabKeyboard();

@@ -219,7 +219,7 @@ TEST_F(TapTest, AShortcutWithoutAltOrSuperNeedsNoFiller) {
 TEST_F(TapTest, WithAnotherProgramsMenuOpenTheShortcutIsDeliveredOnceAndNotSwallowed) {
     install({.shortcuts = {controlAltSpace}});
     ASSERT_TRUE(witness->grabKeyboard());
-    typist->chord(controlAlt, keys::space);
+    typist->playByHand(Strokes().chord(controlAlt, keys::space));
     ASSERT_TRUE(waitForEvents(keyUp, 1));
     EXPECT_EQ(types(), (Types{keyDown, keyUp}));
     EXPECT_EQ(events[0].flags, controlAltFlags);
@@ -276,7 +276,7 @@ TEST_F(TapTest, ACombinationOfAnotherTapIsLeftToIt) {
 TEST_F(TapTest, ACombinationThatAnotherProgramTakesLaterIsStillDeliveredOnce) {
     install({.shortcuts = {controlAltSpace}});
     ASSERT_TRUE(witness->grabKey(keys::space, ControlMask | Mod1Mask));
-    typist->chord(controlAlt, keys::space);
+    typist->playByHand(Strokes().chord(controlAlt, keys::space));
     ASSERT_TRUE(waitForEvents(keyUp, 1));
     waitForEverythingTyped();
     EXPECT_EQ(types(), (Types{keyDown, keyUp}));

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -170,6 +171,17 @@ char ChildProcess::state() const {
     // The name before the state may hold anything, closing brackets too.
     const std::size_t nameEnd = text.rfind(") ");
     return nameEnd == std::string::npos ? '\0' : text.at(nameEnd + 2);
+}
+
+long ChildProcess::wakeUps() const {
+    constexpr std::string_view name = "voluntary_ctxt_switches:";
+    long count = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/" + std::to_string(pid_) + "/task")) {
+        std::ifstream file(task.path() / "status");
+        for (std::string line; std::getline(file, line);)
+            if (line.starts_with(name)) count += std::stol(line.substr(name.size()));
+    }
+    return count;
 }
 
 int ChildProcess::run(const Options& options) {

@@ -50,6 +50,9 @@ public:
     /// The kernel's letter for its state: R, S, D, T (stopped), Z, ...; 0 when
     /// it is gone.
     char state() const;
+    /// How often any of its threads has gone to sleep so far: each is one
+    /// wake-up. Of threads that have ended nothing is known.
+    long wakeUps() const;
 
     /// Runs a program to its end; its exit code, or minus the signal. Throws
     /// when it does not end.

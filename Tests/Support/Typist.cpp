@@ -44,6 +44,13 @@ void Typist::play(const Strokes& strokes) {
     XFlush(connection_.display());
 }
 
+void Typist::playByHand(const Strokes& strokes) {
+    constexpr unsigned long pause = 30;  // milliseconds, which the server waits
+    for (const Strokes::Movement& movement : strokes.movements())
+        XTestFakeKeyEvent(connection_.display(), movement.key, movement.isPress ? True : False, pause);
+    connection_.synchronize();
+}
+
 void Typist::movePointer(QPoint to) {
     XTestFakeMotionEvent(connection_.display(), DefaultScreen(connection_.display()), to.x(), to.y(), CurrentTime);
     connection_.synchronize();

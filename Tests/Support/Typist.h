@@ -41,6 +41,10 @@ public:
     /// Sends the whole sequence without a gap and without waiting for effects.
     void play(const Strokes& strokes);
 
+    /// Sends it with the pauses that a hand makes between two movements, a fast
+    /// one.
+    void playByHand(const Strokes& strokes);
+
     void press(Key key) { play(Strokes().press(key)); }
     void release(Key key) { play(Strokes().release(key)); }
     void tap(Key key) { play(Strokes().tap(key)); }

@@ -41,6 +41,7 @@ void X11KeyFilter::applyInterest() {
         tellFlags(lastTime_);
     }
     grabs_.set(matcher_.combinations());
+    updateListening();
     updateRecording();
     XFlush(connection_.display());
 }
@@ -52,23 +53,29 @@ void X11KeyFilter::letGo() {
     connection_.synchronize();
     processEvents();
     // A release that is still to come is found out by the next reading.
+    listenToKeys(false);
     listen(false);
     pending_.clear();
     connection_.synchronize();
 }
 
-/// A press that the callback knows of keeps the feed alive until its release.
 void X11KeyFilter::updateListening() {
+    // A press that the callback knows of keeps the feeds alive until its release.
     listen(matcher_.wantsAnything() || told_.any());
+    listenToKeys(isListening_ && needsRawKeys());
+}
+
+/// Raw events wake the process at every key, and tell it which. Without them a
+/// press that the grabs miss goes unseen, so they are on in time for one: from
+/// the first modifier of a shortcut on.
+bool X11KeyFilter::needsRawKeys() const {
+    const bool mayMiss = grabs_.areSomeMissing() || matcher_.isAnyShortcutBegun(modifiers_);
+    return matcher_.wantsFn() || mayMiss || pending_.deadline() || told_.any();
 }
 
 void X11KeyFilter::listen(bool on) {
     if (on == isListening_) return;
     isListening_ = on;
-    // Without an interest the process must not even wake while the user types.
-    X11InputMask raw = on ? X11InputMask(XIAllMasterDevices, {XI_RawKeyPress, XI_RawKeyRelease})
-                          : X11InputMask(XIAllMasterDevices, {});
-    XISelectEvents(connection_.display(), connection_.root(), raw.get(), 1);
     Display* display = connection_.display();
     const auto select = [&](unsigned int type, unsigned long details) {
         XkbSelectEventDetails(display, XkbUseCoreKbd, type, details, on ? details : 0);
@@ -79,6 +86,17 @@ void X11KeyFilter::listen(bool on) {
     if (on) readKeyboard();
 }
 
+void X11KeyFilter::listenToKeys(bool on) {
+    if (on == isListeningToKeys_) return;
+    isListeningToKeys_ = on;
+    X11InputMask raw = on ? X11InputMask(XIAllMasterDevices, {XI_RawKeyPress, XI_RawKeyRelease})
+                          : X11InputMask(XIAllMasterDevices, {});
+    XISelectEvents(connection_.display(), connection_.root(), raw.get(), 1);
+    XFlush(connection_.display());
+    down_.reset();
+    isFnDown_ = false;
+}
+
 /// Catches up with what went unseen while nothing was listened to.
 void X11KeyFilter::readKeyboard() {
     matcher_.setKeymap(X11Keymap::read(connection_.display()));
@@ -86,12 +104,12 @@ void X11KeyFilter::readKeyboard() {
     if (XkbGetState(connection_.display(), XkbUseCoreKbd, &state) == Success) modifiers_ = state.mods;
     std::array<char, 32> keys{};
     XQueryKeymap(connection_.display(), keys.data());
-    for (unsigned int code = 0; code < down_.size(); ++code)
-        down_[code] = ((static_cast<unsigned char>(keys[code / 8]) >> (code % 8)) & 1U) != 0;
-    isFnDown_ = false;
-    swallowed_ &= down_;
-    for (unsigned int code = 0; code < told_.size(); ++code)
-        if (!down_[code]) tellRelease(code, lastTime_);
+    for (unsigned int code = 0; code < told_.size(); ++code) {
+        const bool isDown = ((static_cast<unsigned char>(keys[code / 8]) >> (code % 8)) & 1U) != 0;
+        if (isDown) continue;
+        swallowed_.reset(code);
+        tellRelease(code, lastTime_);
+    }
 }
 
 void X11KeyFilter::refreshKeymap() {
@@ -130,6 +148,7 @@ void X11KeyFilter::processEvents() {
         XNextEvent(connection_.display(), &event);
         dispatch(event);
     }
+    if (!connection_.isLost()) updateListening();
 }
 
 std::optional<X11KeyFilter::TimePoint> X11KeyFilter::deadline() const {
@@ -227,6 +246,8 @@ void X11KeyFilter::rawRelease(unsigned int keyCode, unsigned long time) {
 
 void X11KeyFilter::modifiersChanged(unsigned int modifiers, unsigned long time) {
     modifiers_ = modifiers;
+    // At once: the shortcut's key may be next.
+    updateListening();
     if (isFnTold_) tellFlags(time);
 }
 
@@ -269,6 +290,8 @@ InterceptDecision X11KeyFilter::decide(const GrabbedKey& key) {
     KeyEventFields event = fields(KeyEventType::keyDown, key.modifiers, key.time);
     event.keyCode = X11KeyMatcher::virtualKey(key.keyCode);
     told_.set(key.keyCode);
+    // While the keyboard stands still: the release must be heard of.
+    updateListening();
     return exchange_.ask(event);
 }
 
@@ -324,7 +347,6 @@ void X11KeyFilter::tellRelease(unsigned int keyCode, unsigned long time) {
     KeyEventFields event = fields(KeyEventType::keyUp, modifiers_, time);
     event.keyCode = X11KeyMatcher::virtualKey(keyCode);
     exchange_.tell(event);
-    updateListening();
 }
 
 void X11KeyFilter::tellFlags(unsigned long time) {

@@ -25,8 +25,10 @@ namespace quillmere {
 /// Two feeds: grabs deliver the presses of interest and hold the keyboard
 /// still until there is a verdict; raw events tell of everything that happens
 /// on the keyboard, also what the grabs miss. Both come in the order of the
-/// fingers: while the keyboard stands still, raw events wait as well. Each key
-/// that the callback was told of as pressed it is also told of as released.
+/// fingers: while the keyboard stands still, raw events wait as well. Raw
+/// events are listened to only while they can matter, so that ordinary typing
+/// neither wakes the process nor is known to it. Each key that the callback
+/// was told of as pressed it is also told of as released.
 class X11KeyFilter {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -65,7 +67,9 @@ private:
 
     void applyInterest();
     void updateListening();
+    bool needsRawKeys() const;
     void listen(bool on);
+    void listenToKeys(bool on);
     void readKeyboard();
     void refreshKeymap();
     void updateRecording();
@@ -104,13 +108,14 @@ private:
     X11FillerKey filler_;
     X11PendingPresses pending_;
 
-    bool isListening_ = false;
-    unsigned int modifiers_ = 0;    ///< real ones in effect
-    unsigned long lastTime_ = 0;    ///< of the last event
-    unsigned int grabbingKey_ = 0;  ///< the held key whose grab has the keyboard; 0 without
+    bool isListening_ = false;        ///< to the modifiers and the map
+    bool isListeningToKeys_ = false;  ///< to raw events
+    unsigned int modifiers_ = 0;      ///< real ones in effect
+    unsigned long lastTime_ = 0;      ///< of the last event
+    unsigned int grabbingKey_ = 0;    ///< the held key whose grab has the keyboard; 0 without
     bool isFnDown_ = false;
     bool isFnTold_ = false;  ///< what the callback knows of Fn
-    Keys down_;              ///< by the raw feed
+    Keys down_;              ///< pressed since raw events are listened to
     Keys told_;              ///< the callback knows of the press and not yet of the release
     Keys swallowed_;         ///< no client has seen the press
     std::optional<TimePoint> keymapRefresh_;

@@ -33,6 +33,13 @@ bool X11KeyMatcher::wantsPress(unsigned int keyCode, unsigned int modifiers) con
     return keymap_.isPlain(modifiers) && wantsShortcut({*key, Modifiers::fromFlags(keymap_.flags(modifiers))});
 }
 
+bool X11KeyMatcher::isAnyShortcutBegun(unsigned int modifiers) const {
+    // Shift types capitals, and no shortcut is made of it alone.
+    const Modifiers held = Modifiers::fromFlags(keymap_.flags(modifiers)).subtracting(Modifiers::shift);
+    return std::ranges::any_of(interest_.shortcuts,
+                               [held](const Shortcut& each) { return !held.isDisjoint(each.modifiers); });
+}
+
 std::vector<X11KeyCombination> X11KeyMatcher::combinations() const {
     std::vector<X11KeyCombination> result;
     for (const Shortcut& shortcut : interest_.shortcuts)

@@ -26,6 +26,10 @@ public:
     /// Keys that only change the flags never are.
     bool wantsPress(unsigned int keyCode, unsigned int modifiers) const;
 
+    /// Whether a modifier of some shortcut of interest is among these real
+    /// ones, so that its key may be next.
+    bool isAnyShortcutBegun(unsigned int modifiers) const;
+
     /// Every combination that is one of the shortcuts of interest, whatever
     /// the state of the locks.
     std::vector<X11KeyCombination> combinations() const;

@@ -29,6 +29,8 @@ std::unique_ptr<X11TapThread> X11TapThread::start(EventTap::Callback callback, c
     std::unique_ptr<X11TapThread> result(new X11TapThread(std::move(connection), std::move(callback), interest));
     if (result->wakeDescriptor_ < 0) return nullptr;
     result->filter_.setInterest(interest);
+    // From here on no press is missed.
+    result->connection_->synchronize();
     result->thread_ = std::thread([self = result.get()] { self->run(); });
     return result;
 }
