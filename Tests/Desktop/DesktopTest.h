@@ -28,6 +28,12 @@ inline constexpr unsigned int super = 1U << 6;
 /// A test on a whole desktop with the built program on it and nothing faked.
 /// The usual configuration has one group on ⌃⌥Space: us, ua, de.
 class DesktopTest : public testing::Test {
+public:
+    /// Where pictures are kept.
+    static std::filesystem::path artefacts();
+    /// The built program.
+    static std::filesystem::path programPath();
+
 protected:
     static constexpr std::array<Key, 2> controlAlt{keys::leftControl, keys::leftAlt};
     static constexpr unsigned int controlAltBits = modifierBits::control | modifierBits::alt;
@@ -75,10 +81,6 @@ protected:
 
     /// Ends the program with SIGKILL and forgets it.
     void killProgram();
-
-    /// Where pictures are kept.
-    static std::filesystem::path artefacts();
-    static std::filesystem::path programPath();
 
 private:
     std::unique_ptr<Desktop> desktop_;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -42,13 +41,8 @@ protected:
     void TearDown() override {
         if (!HasFailure()) return;
         const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-        savePicture(screen.shot(), artefacts() / "failures" / ("SwayTest." + name + ".png"));
+        savePicture(screen.shot(), DesktopTest::artefacts() / "failures" / ("SwayTest." + name + ".png"));
         if (program) std::cout << "The program wrote: " << program->output() << '\n';
-    }
-
-    static std::filesystem::path artefacts() {
-        const char* folder = std::getenv("QUILLMERE_ARTEFACTS");
-        return folder != nullptr ? folder : QUILLMERE_ARTEFACTS;
     }
 
     void startService() {
@@ -58,7 +52,7 @@ protected:
 
     /// Starts the program and waits for its icon in the tray.
     void startProgram() {
-        program.emplace(ChildProcess::Options{.arguments = {QUILLMERE_PROGRAM},
+        program.emplace(ChildProcess::Options{.arguments = {DesktopTest::programPath()},
                                               .environment = environment,
                                               .output = folder.path() / "quillmere.log",
                                               .inheritedDescriptors = {},
@@ -85,7 +79,7 @@ protected:
     bool waitForPicture(const std::string& name) {
         const QColor empty = screen.color(corner);
         const bool isShown = waitUntil([&] { return screen.color(middle) != empty; });
-        savePicture(screen.shot(), artefacts() / "sway" / (name + ".png"));
+        savePicture(screen.shot(), DesktopTest::artefacts() / "sway" / (name + ".png"));
         return isShown;
     }
     bool showsIcon(const std::string& title) const {
