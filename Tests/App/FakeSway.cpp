@@ -71,9 +71,10 @@ void FakeSway::setPieces(std::size_t pieces) {
 }
 
 void FakeSway::hangUp() {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
     hangsUp_ = true;
     if (write(wake_[1], "h", 1) != 1) throw std::runtime_error("the played compositor has ended");
+    hungUp_.wait(lock, [this] { return !hangsUp_; });
 }
 
 std::vector<std::string> FakeSway::commands() {
@@ -113,7 +114,10 @@ void FakeSway::run() {
         const bool isNew = all[1].revents != 0;
         closeClients([&](const pollfd& entry) { return std::ranges::find(ended, entry.fd) != ended.end(); });
         const std::lock_guard lock(mutex_);
-        if (std::exchange(hangsUp_, false)) closeClients(any);
+        if (std::exchange(hangsUp_, false)) {
+            closeClients(any);
+            hungUp_.notify_one();
+        }
         if (!isNew) continue;
         all.push_back({.fd = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC), .events = POLLIN, .revents = 0});
         ++connectionCount_;

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 
+#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <mutex>
@@ -30,7 +31,7 @@ public:
     void addEvent(const QByteArray& event);
     /// In how many pieces an answer is sent.
     void setPieces(std::size_t pieces);
-    /// Closes the connections that there are.
+    /// Closes the connections that there are, and waits until it is done.
     void hangUp();
 
     /// The commands that came so far.
@@ -50,6 +51,7 @@ private:
     int listener_;
     int wake_[2];
     std::mutex mutex_;
+    std::condition_variable hungUp_;
     QByteArray inputs_ = "[]";
     std::string wireAnswer_;
     std::string events_;

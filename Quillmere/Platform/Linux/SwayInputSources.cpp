@@ -43,6 +43,8 @@ SwayInputSources::~SwayInputSources() = default;
 /// Again where the compositor has closed the connection: it does so with a
 /// program that has not read its events for long.
 bool SwayInputSources::connect() {
+    // Whether it is lost shows only in reading.
+    if (connection_) connection_->receive();
     if (connection_ && !connection_->isLost()) return true;
     // Its signal may be what has called.
     if (incoming_) incoming_.release()->deleteLater();
