@@ -175,6 +175,21 @@ TEST_F(Sway, AShortcutSwitchesTheLayoutThatAnApplicationTypesIn) {
     monitor().screenshot("sway");
 }
 
+TEST_F(Sway, AGrabbedKeyboardGoesOnInTheLayoutInUse) {
+    ChildProcess::run(graphical().program("command", {"swaymsg", "input type:keyboard xkb_switch_layout 1"}));
+    ASSERT_TRUE(types(letters, "фія"));
+    startQuillmere({.sources = layouts});
+    ASSERT_TRUE(becomesGrabbed());
+    EXPECT_TRUE(types(letters, "фія"));
+    // A keyboard that presses a modifier takes its own layout to all others.
+    EXPECT_TRUE(types(chord({KEY_LEFTCTRL, KEY_LEFTALT}) + letters, "фія"));
+    EXPECT_TRUE(types(shortcut + letters, "asz"));
+    EXPECT_TRUE(types(shortcut + letters, "фія"));
+    quillmere().kill();
+    ASSERT_TRUE(becomesFree());
+    EXPECT_TRUE(types(letters, "фія"));
+}
+
 TEST_F(Sway, FnAloneSwitchesTheLayoutAndGrabsNothing) {
     VirtualKeyboard keyboard({.name = "Fn keyboard", .moreKeys = {KEY_FN}});
     startQuillmere({.keyCode = 63, .modifiers = 0, .sources = layouts});
