@@ -12,6 +12,7 @@
 #include <sys/inotify.h>
 #include <sys/ioctl.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <utility>
@@ -23,7 +24,9 @@ namespace {
 using namespace std::chrono_literals;
 
 // Nobody tells when a desktop reads a new keyboard. It has opened the node
-// before, perhaps more than once; this long after the last time it is ready.
+// before, perhaps more than once; this long after the last time it is ready,
+// or, on a computer so busy that it took longer to come that far, twice as
+// long as that.
 constexpr Time quietAfterOpening = 200ms;
 // Where nobody opens it (a text console needs no node) ...
 constexpr Time longestOpening = 1500ms;
@@ -122,6 +125,7 @@ void KeyboardClone::readOutput() {
 
 void KeyboardClone::appeared() {
     if (isReady_ || opening_) return;
+    appearedAt_ = monotonicNow();
     watchOpening();
     becomeReadyIn(longestOpening);
 }
@@ -131,7 +135,10 @@ void KeyboardClone::watchOpening() {
     if (node == nullptr) return;
     sd_event_source* source = nullptr;
     const auto handler = [](sd_event_source*, const inotify_event*, void* self) {
-        static_cast<KeyboardClone*>(self)->becomeReadyIn(quietAfterOpening);
+        auto* clone = static_cast<KeyboardClone*>(self);
+        const Time taken = monotonicNow() - clone->appearedAt_;
+        // Whatever opens it again and again cannot hold it up for ever.
+        if (taken < longestAppearing) clone->becomeReadyIn(std::clamp(2 * taken, quietAfterOpening, longestOpening));
         return 0;
     };
     if (sd_event_add_inotify(loop_, &source, node, IN_OPEN, handler, this) >= 0) opening_.reset(source);

@@ -68,6 +68,7 @@ private:
     EventSource output_;
     EventSource opening_;
     EventSource timer_;
+    Time appearedAt_{};  ///< when udev said so
     bool isReady_ = false;
     bool hasFailed_ = false;
     std::vector<input_event> frame_;

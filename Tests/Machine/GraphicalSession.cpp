@@ -1,5 +1,6 @@
 #include "Tests/Machine/GraphicalSession.h"
 
+#include "Tests/Machine/Service.h"
 #include "Tests/Support/SupportError.h"
 #include "Tests/Support/WaitUntil.h"
 
@@ -49,6 +50,7 @@ ChildProcess::Options GraphicalSession::program(const std::string& name,
 void GraphicalSession::startQuillmere() {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path() / "config"))
         giveTo(session_.user(), entry.path());
+    Service().start();
     quillmere_.emplace(program("quillmere", {"quillmere"}));
 }
 

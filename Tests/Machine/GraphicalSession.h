@@ -27,7 +27,8 @@ public:
     /// `name`.txt.
     support::ChildProcess::Options program(const std::string& name, const std::vector<std::string>& arguments) const;
 
-    /// The application that is tested. Its settings must have been stored.
+    /// The application that is tested, with the tap service running. Its
+    /// settings must have been stored.
     void startQuillmere();
     support::ChildProcess& quillmere() { return *quillmere_; }
 

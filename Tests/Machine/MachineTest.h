@@ -70,6 +70,8 @@ private:
     /// Whether what is typed now comes to the desktop through a clone; no value
     /// when it does not come at all. Types to find out, and clears the desk.
     std::optional<bool> goesThroughClone();
+    /// Waits until it does, or does not.
+    bool becomes(bool isGrabbed);
 };
 
 }  // namespace quillmere::machine

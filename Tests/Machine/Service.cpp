@@ -41,6 +41,12 @@ pid_t Service::waitForPid(pid_t old) {
     return found;
 }
 
+void Service::start() {
+    bus_.call({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "StartServiceByName"}, "su",
+              "org.quillmere.KeyTap1", 0U);
+    waitForPid();
+}
+
 void Service::signal(int number) {
     if (kill(waitForPid(), number) != 0) throw SupportError("the service has gone", errno);
 }

@@ -16,6 +16,9 @@ public:
     /// Waits until one runs whose pid is not `old`, which the next call to it
     /// starts; throws SupportError when none comes.
     pid_t waitForPid(pid_t old = 0);
+    /// Has it run; the system starts it with the first call to it otherwise,
+    /// which takes longer on an emulated computer than the application waits.
+    void start();
     void signal(int number);
     /// As a package's upgrade does.
     void restart();
