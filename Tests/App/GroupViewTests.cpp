@@ -407,7 +407,7 @@ TEST_F(CrowdedTest, AddingASourceMakesOneRow) {
     openCrowd();
     click(row(0, 10).remove());
     QTest::qWait(0);
-    const std::size_t before = view().findChildren<QWidget*>().size();
+    const qsizetype before = view().findChildren<QWidget*>().size();
     choose(0, 0);
     QTest::qWait(0);
     EXPECT_EQ(card(0).rows().size(), count);

@@ -77,7 +77,7 @@ TEST_F(InfoBundleTest, AMalformedFileHasNoKeys) {
 }
 
 TEST_F(InfoBundleTest, AFileLargerThanAnyInformationFileHasNoKeys) {
-    const QByteArray padding(64 * 1024, ' ');
+    const QByteArray padding(qsizetype{64} * 1024, ' ');
     EXPECT_EQ(holding("{\"feed\": \"x\"}" + padding).string("feed"), std::nullopt);
 }
 
@@ -106,8 +106,9 @@ TEST(InfoBundle, TheBuildTreesFileNamesTheVersionThatWasBuilt) {
 }
 
 TEST(InfoBundle, TheBuildTreesFileNamesTheFeedThatTheBuildWasGivenAndNoneByDefault) {
-    const std::string feed = QUILLMERE_TEST_FEED;
-    EXPECT_EQ(InfoBundle().string("QuillmereUpdateFeed"), feed.empty() ? std::nullopt : std::optional(feed));
+    const std::string_view feed = QUILLMERE_TEST_FEED;
+    EXPECT_EQ(InfoBundle().string("QuillmereUpdateFeed"),
+              feed.empty() ? std::nullopt : std::optional<std::string>(feed));
 }
 
 }  // namespace quillmere

@@ -71,13 +71,13 @@ TEST_F(VerdictExchangeTest, TheVerdictIsTheCallbacks) {
 
 TEST_F(VerdictExchangeTest, WhatIsToldAndAskedArrivesInOrder) {
     VerdictExchange exchange(callback(), endlessly);
-    auto done = std::async(std::launch::async, [&] {
+    const auto done = std::async(std::launch::async, [&] {
         exchange.tell(press(1));
         exchange.tell(release(1));
         exchange.ask(press(2));
         exchange.tell(release(2));
     });
-    ASSERT_TRUE(runUntil([&] { return delivered.size() == 4; }));
+    ASSERT_TRUE(runUntil([&] { return delivered.size() == 4 && isReady(done); }));
     const std::vector<std::int64_t> expected{1, 1, 2, 2};
     for (std::size_t i = 0; i < expected.size(); ++i)
         EXPECT_EQ(delivered[i].keyCode, expected[i]);

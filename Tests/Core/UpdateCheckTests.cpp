@@ -156,8 +156,8 @@ TEST(DownloadURL, AnExplicitAddressDecidesAlone) {
 }
 
 TEST(DownloadURL, AFileMustBeAPlainVisibleName) {
-    const auto download = [](std::optional<std::string> file) {
-        return UpdateCheck::downloadURL(feedURL, std::move(file), std::nullopt);
+    const auto download = [](const std::optional<std::string>& file) {
+        return UpdateCheck::downloadURL(feedURL, file, std::nullopt);
     };
     EXPECT_EQ(download("app-2.0.zip"), url("https://example.org/app/downloads/app-2.0.zip"));
     EXPECT_EQ(download("My App?x#y.zip"), url("https://example.org/app/downloads/My%20App%3Fx%23y.zip"));

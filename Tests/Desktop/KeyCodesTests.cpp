@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <set>
+#include <vector>
 
 namespace quillmere {
 
@@ -63,12 +64,14 @@ TEST(KeyCodes, EveryKeyOfAnAnsiAnIsoAndAJapaneseBoardHasANumber) {
 }
 
 TEST(KeyCodes, ModifiersFnAndSpecialKeysAreToldApart) {
-    for (const KeyCodes::EvdevCode code : {KEY_LEFTSHIFT, KEY_RIGHTSHIFT, KEY_LEFTCTRL, KEY_RIGHTCTRL, KEY_LEFTALT,
-                                           KEY_RIGHTALT, KEY_LEFTMETA, KEY_RIGHTMETA, KEY_CAPSLOCK})
+    for (const KeyCodes::EvdevCode code :
+         std::vector<KeyCodes::EvdevCode>{KEY_LEFTSHIFT, KEY_RIGHTSHIFT, KEY_LEFTCTRL, KEY_RIGHTCTRL, KEY_LEFTALT,
+                                          KEY_RIGHTALT, KEY_LEFTMETA, KEY_RIGHTMETA, KEY_CAPSLOCK})
         EXPECT_TRUE(KeyCodes::isModifier(code) && !KeyCodes::isFn(code)) << code;
-    for (const KeyCodes::EvdevCode code : {KEY_FN, KEY_KBD_LAYOUT_NEXT, KEY_WAKEUP})
+    for (const KeyCodes::EvdevCode code : std::vector<KeyCodes::EvdevCode>{KEY_FN, KEY_KBD_LAYOUT_NEXT, KEY_WAKEUP})
         EXPECT_TRUE(KeyCodes::isFn(code) && !KeyCodes::isModifier(code)) << code;
-    for (const KeyCodes::EvdevCode code : {KEY_MUTE, KEY_BRIGHTNESSUP, KEY_PLAYPAUSE, KEY_POWER, KEY_MICMUTE})
+    for (const KeyCodes::EvdevCode code :
+         std::vector<KeyCodes::EvdevCode>{KEY_MUTE, KEY_BRIGHTNESSUP, KEY_PLAYPAUSE, KEY_POWER, KEY_MICMUTE})
         EXPECT_TRUE(KeyCodes::isSpecialKey(code)) << code;
     EXPECT_FALSE(KeyCodes::isModifier(KEY_A) || KeyCodes::isFn(KEY_A) || KeyCodes::isSpecialKey(KEY_A));
 }
