@@ -5,6 +5,7 @@
 
 #include <X11/Xlib.h>
 
+#include <chrono>
 #include <fstream>
 #include <string>
 
@@ -29,9 +30,11 @@ void askForFrame(XConnection& connection, Window window) {
 /// a request that came in between: so it is asked until it answers.
 bool waitUntilItAnswers(XConnection& connection) {
     const Window window = XCreateSimpleWindow(connection.display(), connection.root(), 0, 0, 1, 1, 0, 0, 0);
+    const auto hasAnswered = [&] { return connection.number(window, "_NET_FRAME_EXTENTS").has_value(); };
     const bool answers = waitUntil([&] {
         askForFrame(connection, window);
-        return connection.number(window, "_NET_FRAME_EXTENTS").has_value();
+        // One that starts slowly answers all requests, one after the other.
+        return waitUntil(hasAnswered, std::chrono::milliseconds(100));
     });
     XDestroyWindow(connection.display(), window);
     connection.synchronize();
