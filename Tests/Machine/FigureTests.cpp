@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <sstream>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -62,9 +63,11 @@ double percentile(Times times, double share) {
     return times.at(static_cast<std::size_t>(share * static_cast<double>(times.size() - 1))).count();
 }
 
-void print(const char* what, const Times& times) {
-    std::cout << std::fixed << std::setprecision(0) << what << ": median " << percentile(times, 0.5) << " µs, p99 "
-              << percentile(times, 0.99) << " µs, " << times.size() << " keys" << std::endl;
+std::string inMicroseconds(const Times& times) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(0) << percentile(times, 0.5) << " µs (p99 " << percentile(times, 0.99)
+         << " µs)";
+    return text.str();
 }
 
 class Figures : public TapTest {
@@ -125,16 +128,18 @@ TEST_F(Figures, AKeyOfNoInterest) {
         ASSERT_NO_FATAL_FAILURE(measureBareLoop(taps({KEY_A}), keysPerRound, bareLoop));
         ASSERT_NO_FATAL_FAILURE(measureService(taps({KEY_A}), keysPerRound, service));
     }
-    print("bare loop", bareLoop);
-    print("service", service);
-    std::cout << std::setprecision(2) << "service / bare loop: " << percentile(service, 0.5) / percentile(bareLoop, 0.5)
+    // A row of the table that ./bench prints.
+    std::cout << "| a key's way through the key-tap service, on an emulated computer | " << inMicroseconds(service)
+              << " | a bare loop that reads and writes: " << inMicroseconds(bareLoop) << " | " << std::fixed
+              << std::setprecision(2) << percentile(service, 0.5) / percentile(bareLoop, 0.5) << " | ≤ 1.2 |"
               << std::endl;
 }
 
 TEST_F(Figures, AShortcutFromPressToVerdict) {
     Times times;
     ASSERT_NO_FATAL_FAILURE(measureService(ctrlSpaceStrokes, keysPerRound, times));
-    print("shortcut asked about and passed", times);
+    std::cout << "| a shortcut from its press to the verdict's effect, on an emulated computer | "
+              << inMicroseconds(times) << " | – | – | – |" << std::endl;
 }
 
 }  // namespace quillmere::machine
