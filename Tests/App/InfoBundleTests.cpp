@@ -106,9 +106,9 @@ TEST(InfoBundle, TheBuildTreesFileNamesTheVersionThatWasBuilt) {
 }
 
 TEST(InfoBundle, TheBuildTreesFileNamesTheFeedThatTheBuildWasGivenAndNoneByDefault) {
-    const std::string_view feed = QUILLMERE_TEST_FEED;
+    const QByteArray feed = QUILLMERE_TEST_FEED;
     EXPECT_EQ(InfoBundle().string("QuillmereUpdateFeed"),
-              feed.empty() ? std::nullopt : std::optional<std::string>(feed));
+              feed.isEmpty() ? std::nullopt : std::optional(feed.toStdString()));
 }
 
 }  // namespace quillmere
