@@ -225,7 +225,7 @@ TEST_F(HostileDiskTest, AProcessThatMayWriteNothingLosesNothing) {
 TEST_F(HostileDiskTest, AFullDiskLosesNothing) {
     if (!SmallDisk::isAllowed()) GTEST_SKIP() << "only root may mount a disk to fill";
     startDesktop();
-    const SmallDisk disk(desktop().configHome(), 512U * 1024);
+    const SmallDisk disk(desktop().configHome(), std::size_t{512} * 1024);
     storeConfiguration(configurationText({{.sources = threeSources}}));
     disk.fill();
     expectStoredConfigurationSurvives({});
@@ -234,7 +234,7 @@ TEST_F(HostileDiskTest, AFullDiskLosesNothing) {
 TEST_F(HostileDiskTest, AReadOnlyDiskLosesNothing) {
     if (!SmallDisk::isAllowed()) GTEST_SKIP() << "only root may mount a disk to make read-only";
     startDesktop();
-    const SmallDisk disk(desktop().configHome(), 512U * 1024);
+    const SmallDisk disk(desktop().configHome(), std::size_t{512} * 1024);
     storeConfiguration(configurationText({{.sources = threeSources}}));
     disk.setReadOnly(true);
     startWitness();
@@ -251,7 +251,7 @@ TEST_F(HostileDiskTest, AReadOnlyDiskLosesNothing) {
 TEST_F(HostileDiskTest, ADiskThatFillsUpWhileRunningTakesChangesAgainWhenThereIsRoom) {
     if (!SmallDisk::isAllowed()) GTEST_SKIP() << "only root may mount a disk to fill";
     startDesktop();
-    const SmallDisk disk(desktop().configHome(), 512U * 1024);
+    const SmallDisk disk(desktop().configHome(), std::size_t{512} * 1024);
     storeConfiguration(configurationText({{.sources = threeSources}}));
     startWitness();
     ASSERT_NO_FATAL_FAILURE(startProgram());
