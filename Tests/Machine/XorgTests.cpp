@@ -125,6 +125,8 @@ TEST_F(Xorg, AShortcutSwitchesTheLayoutThatAnApplicationTypesIn) {
 TEST_F(Xorg, FnAloneSwitchesTheLayoutAndGrabsNothing) {
     VirtualKeyboard keyboard({.name = "Fn keyboard", .moreKeys = {KEY_FN}});
     startQuillmere({{.keyCode = 63, .modifiers = 0, .sources = layouts}});
+    // Before the first key the server does not know its keyboards' layouts.
+    EXPECT_TRUE(types("asz"));
     const auto tapFn = [&] { keyboard.type(taps({KEY_FN})); };
     ASSERT_TRUE(waitUntil([&] {
         witness().clear();
