@@ -143,7 +143,7 @@ TEST_P(ServiceFaults, LeaveNoKeyDownAndGiveTheKeyboardBack) {
             service_.signal(SIGSTOP);
             break;
         case ServiceFault::upgraded:
-            service_.restart();
+            service_.upgrade();
             break;
     }
     finish(stage);

@@ -51,7 +51,11 @@ void Service::signal(int number) {
     if (kill(waitForPid(), number) != 0) throw SupportError("the service has gone", errno);
 }
 
-void Service::restart() {
+void Service::upgrade() {
+    const std::filesystem::path program = "/usr/libexec/quillmere-tapd";
+    const std::filesystem::path newer = program.string() + ".new";
+    std::filesystem::copy_file(program, newer);
+    std::filesystem::rename(newer, program);
     const int status = support::ChildProcess::run({.arguments = {"systemctl", "restart", "quillmere-tapd.service"},
                                                    .environment = support::baseEnvironment("/"),
                                                    .output = {},

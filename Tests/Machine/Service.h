@@ -20,8 +20,8 @@ public:
     /// which takes longer on an emulated computer than the application waits.
     void start();
     void signal(int number);
-    /// As a package's upgrade does.
-    void restart();
+    /// As a package does: another file in the program's place, and a restart.
+    void upgrade();
     /// How many files it has open.
     std::size_t openFiles();
 
