@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/LinuxInputSources.h"
 #include "Quillmere/Platform/Linux/SwayInputSources.h"
+#include "Tests/Desktop/ListedSources.h"
 #include "Tests/Support/Sway.h"
 #include "Tests/Support/SwayKeyboard.h"
 #include "Tests/Support/TemporaryFolder.h"
@@ -73,19 +74,7 @@ protected:
 TEST_F(SwayInputSourcesTest, ListsTheLayoutsInTheirOrderWithNamesAndLanguages) {
     startWithKeyboard("us,us,ua", ",dvorak,");
     ASSERT_NE(sources, nullptr);
-    const auto list = sources->sources();
-    ASSERT_EQ(list.size(), 3U);
-    EXPECT_EQ(list[0].id, "xkb:us");
-    EXPECT_EQ(list[0].localizedName, "English (US)");
-    EXPECT_EQ(list[0].languages, std::vector<std::string>{"eng"});
-    EXPECT_EQ(list[1].id, "xkb:us+dvorak");
-    EXPECT_EQ(list[1].localizedName, "English (Dvorak)");
-    EXPECT_EQ(list[2].id, "xkb:ua");
-    EXPECT_EQ(list[2].languages, std::vector<std::string>{"ukr"});
-    for (const InputSourceRecord& record : list) {
-        EXPECT_EQ(record.type, InputSourceType::keyboardLayout);
-        EXPECT_TRUE(record.enabled && record.selectCapable);
-    }
+    expectEnglishDvorakAndUkrainian(sources->sources());
 }
 
 TEST_F(SwayInputSourcesTest, LayoutsWithUnusualNamesAreKnownToo) {
