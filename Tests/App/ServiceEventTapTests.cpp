@@ -273,7 +273,9 @@ TEST_F(FallbackTapTest, WithoutTheServicesConsentTheDisplayServersTapIsTaken) {
     choice->enable();
     EXPECT_EQ(displayServers->enableCalls, 1);
     host->grant();
-    // What the service may still be giving is not taken.
+    // What the service may still be giving is not taken. Only a main loop, which
+    // does not run here, would delete by itself what asked for it.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(waitUntil([this] { return host->tapCount() == 0 && !host->isBusy(); }));
 }
 

@@ -17,10 +17,11 @@ protected:
         // Its clone is taken up a moment after it has come.
         ASSERT_TRUE(waitUntil([&] {
             owner().clear();
+            desk_.clear();
             keyboard.type(ctrlSpaceStrokes);
             return waitUntil([&] { return owner().events().size() == 2; }, moment) && questions() == 1;
         }));
-        ASSERT_TRUE(waitUntil([&] { return desk_.keysDown().empty(); }));
+        ASSERT_TRUE(hasGot(ctrlStrokes));
         desk_.clear();
         owner().clear();
     }
