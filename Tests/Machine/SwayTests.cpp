@@ -56,10 +56,12 @@ protected:
     GraphicalSession& graphical() { return *graphical_; }
     ChildProcess& quillmere() { return graphical_->quillmere(); }
 
-    /// The application listens to `group` from its start on.
+    /// The application listens to `group` from its start on. It shows no plate
+    /// for two layouts: to draw the first one here, without a graphics card,
+    /// takes it longer than a key waits.
     void startQuillmere(const support::StoredGroup& group) {
         Service::grant(writer);
-        graphical_->settings().set("config", support::configurationText({group}));
+        graphical_->settings().set("config", support::configurationText({group}, true, R"({"visibility":"manyOnly"})"));
         graphical_->startQuillmere();
     }
 
@@ -171,11 +173,6 @@ TEST_F(Sway, AShortcutSwitchesTheLayoutThatAnApplicationTypesIn) {
     startQuillmere({.sources = layouts});
     ASSERT_TRUE(becomesGrabbed());
     EXPECT_TRUE(types(letters, "asz"));
-    // The first plate takes long to draw on a computer that is emulated.
-    for (const int layout : {1, 0}) {
-        monitor().type(shortcut);
-        ASSERT_TRUE(switchesTo(layout));
-    }
     // Without a pause in between.
     for (int i = 0; i < 5; ++i) {
         ASSERT_TRUE(types(shortcut + letters, "фія"));
