@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace quillmere::machine {
@@ -67,11 +68,18 @@ PasswordDialog::~PasswordDialog() {
 }
 
 void PasswordDialog::enter(std::string_view password) {
-    if (!support::waitUntil([this] { return shown().find("Password:") != std::string::npos; }))
+    // What is typed before the echo is off is thrown away.
+    if (!support::waitUntil([this] { return shown().find("Password:") != std::string::npos && !echoes(); }))
         throw SupportError("nobody asks for a password: " + shown());
     const std::string line = std::string(password) + "\n";
     if (write(terminal_, line.data(), line.size()) != static_cast<ssize_t>(line.size()))
         throw SupportError("cannot type the password", errno);
+}
+
+bool PasswordDialog::echoes() const {
+    termios settings{};
+    if (tcgetattr(terminal_, &settings) != 0) throw SupportError("cannot ask the terminal", errno);
+    return (settings.c_lflag & ECHO) != 0;
 }
 
 const std::string& PasswordDialog::shown() {

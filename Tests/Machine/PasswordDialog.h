@@ -25,6 +25,8 @@ public:
     const std::string& shown();
 
 private:
+    bool echoes() const;
+
     int terminal_ = -1;
     std::string shown_;
     std::optional<support::ChildProcess> agent_;
