@@ -116,6 +116,7 @@ private:
     void close(DeviceId id, TapDevice& device, Time now);
     void prepareClone(DeviceId id, TapDevice& device);
     void grab(DeviceId id, TapDevice& device);
+    void forgetMissedReleases(TapDevice& device, Time now);
     void ungrab(DeviceId id, TapDevice& device, bool force);
     void endGrab(DeviceId id, TapDevice& device, Time now);
     void reconcileGrab(DeviceId id, TapDevice& device, Time now);

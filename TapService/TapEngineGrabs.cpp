@@ -71,6 +71,19 @@ void TapEngine::grab(DeviceId id, TapDevice& device) {
     device.grabbedUntil = Time::max();
 }
 
+/// For a device that has just been found to have no key down.
+void TapEngine::forgetMissedReleases(TapDevice& device, Time now) {
+    if (device.down.none() && device.held.none()) return;
+    const KeySet told = std::exchange(device.told, {});
+    device.down.reset();
+    device.held.reset();
+    device.swallowed.reset();
+    device.updateFlags();
+    for (std::uint16_t code = 0; code < keyCodeLimit; ++code)
+        if (told.test(code)) owner_.tellKey(KeyEventKind::release, {EV_KEY, code, 0, now}, flags());
+    owner_.tellFlags(now, flags());
+}
+
 void TapEngine::ungrab(DeviceId id, TapDevice& device, bool force) {
     const std::optional<Time> until = keyboards_.ungrab(id, force);
     if (!until) return;
@@ -100,7 +113,11 @@ void TapEngine::reconcileGrab(DeviceId id, TapDevice& device, Time now) {
     // There is no bound to this wait. Until it is over shortcuts work, but are
     // not swallowed; grabbed with a key down, that key would be stuck for
     // everybody else.
-    if (canGrab && isNeutral(id, device)) grab(id, device);
+    // Whether one is down the kernel knows for certain: a release may have gone
+    // to another program that had the device for a while.
+    if (!canGrab || isBusy(id, device)) return;
+    grab(id, device);
+    if (device.isGrabbed) forgetMissedReleases(device, now);
 }
 
 void TapEngine::reconcile(DeviceId id, TapDevice& device, Time now) {

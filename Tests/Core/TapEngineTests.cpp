@@ -452,6 +452,18 @@ TEST_F(TapEngineTest, AnOwnerThatDidNotReadHearsNothingMoreOfItsOldKeys) {
     EXPECT_EQ(bench.keyboards.output, "+ctrl -ctrl");
 }
 
+TEST_F(TapEngineTest, AKeyReleasedToAnotherProgramsGrabDoesNotKeepTheKeyboardFromBeingGrabbed) {
+    bench.plug();
+    bench.keyboards.grabIsFree = false;
+    bench.keyboard().down.set(TapBench::code("a"));
+    bench.own({"ctrl+space"});
+    bench.keyboard().down.reset();
+    bench.keyboards.grabIsFree = true;
+    bench.play("+s -s +ctrl +space swallow -space -ctrl");
+    EXPECT_EQ(bench.keyboards.output, "+ctrl -ctrl");
+    EXPECT_EQ(bench.owner.log, "ask:ctrl+space release:ctrl+space");
+}
+
 TEST_F(TapEngineTest, AFloodBehindAQuestionEndsTheWait) {
     bench.plug();
     bench.own({"ctrl+space"});
