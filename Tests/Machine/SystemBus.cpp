@@ -20,7 +20,7 @@ sd_bus* connect() {
 SystemBus::SystemBus() : bus_(connect(), sd_bus_flush_close_unref) {}
 
 BusReply SystemBus::send(sd_bus_message* message) {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     sd_bus_message* reply = nullptr;
     const int result = sd_bus_call(bus_.get(), message, static_cast<std::uint64_t>(deadline.count()), &error, &reply);
     sd_bus_message_unref(message);

@@ -54,9 +54,10 @@ std::vector<QImage> readPixmaps(const QVariant& value) {
 /// "Quit _Program" is shown as "Quit Program"; two marks are one underscore.
 std::string withoutMark(const QString& label) {
     QString shown;
-    for (qsizetype i = 0; i < label.size(); ++i) {
-        if (label[i] == u'_' && ++i == label.size()) break;
-        shown += label[i];
+    bool isMarked = false;
+    for (const QChar character : label) {
+        isMarked = character == u'_' && !isMarked;
+        if (!isMarked) shown += character;
     }
     return shown.toStdString();
 }
