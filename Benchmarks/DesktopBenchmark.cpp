@@ -152,8 +152,9 @@ void measurePlate(const Programs& programs, bool hasCompositor) {
     if (!program.waitForGrab(keys::space, superModifier)) throw std::runtime_error("the program does not start");
     EventClock clock(desktop.display());
     // What a compositor shows where no window is, is its own affair.
-    const support::Witness background(desktop.display(), support::Witness::Size::fullScreen);
-    const auto isBare = [&] { return desktop.screen().color({640, 400}) == QColor(Qt::white); };
+    const QColor paint(40, 90, 160);
+    const support::Witness background(desktop.display(), support::Witness::Size::fullScreen, paint);
+    const auto isBare = [&] { return desktop.screen().color({640, 400}) == paint; };
     if (!support::waitUntil(isBare)) throw std::runtime_error("the background does not show");
     std::vector<double> times;
     for (int i = 0; i < plateSamples; ++i) {
