@@ -132,7 +132,8 @@ void measureKeys(const Programs& programs) {
     storeConfiguration(with);
     useServersOwnSwitch(without);
     Program program(programs.quillmere, with);
-    if (!program.waitForGrab(keys::space, superModifier)) throw std::runtime_error("the program does not start");
+    if (!program.waitForGrab(keys::space, superModifier) || !program.waitForTrayItem())
+        throw std::runtime_error("the program does not start");
     EventClock withClock(with.display());
     EventClock withoutClock(without.display());
     std::function<double()> ours = [&] { return timeSwitch(with, withClock); };
@@ -149,7 +150,10 @@ void measurePlate(const Programs& programs, bool hasCompositor) {
     Desktop desktop({.layouts = "us,ua", .hasCompositor = hasCompositor});
     storeConfiguration(desktop);
     Program program(programs.quillmere, desktop);
-    if (!program.waitForGrab(keys::space, superModifier)) throw std::runtime_error("the program does not start");
+    // The desktop is played by this very thread, which must answer what the
+    // program asks of it at its start.
+    if (!program.waitForGrab(keys::space, superModifier) || !program.waitForTrayItem())
+        throw std::runtime_error("the program does not start");
     EventClock clock(desktop.display());
     // What a compositor shows where no window is, is its own affair.
     const QColor paint(40, 90, 160);
