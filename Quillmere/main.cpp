@@ -9,7 +9,6 @@ int main(int argc, char** argv) {
     const auto application = quillmere::makeApplication(argc, argv);
     QApplication::setApplicationName("Quillmere");
     QApplication::setDesktopFileName("quillmere");
-    QApplication::setWindowIcon(quillmere::AppIcon::make());
     QApplication::setQuitOnLastWindowClosed(false);
 
     const auto instance = quillmere::makeSingleInstance();
@@ -19,6 +18,8 @@ int main(int argc, char** argv) {
     {
         quillmere::AppDelegate delegate(quillmere::makePlatform());
         delegate.applicationDidFinishLaunching();
+        // Drawing it can wait until the shortcuts work.
+        QApplication::setWindowIcon(quillmere::AppIcon::make());
         instance->setOnActivate([&delegate] { delegate.openSettings(); });
         status = QApplication::exec();
         instance->setOnActivate(nullptr);

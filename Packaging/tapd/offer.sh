@@ -17,7 +17,7 @@ offer_tap_service() {
     # Without a terminal there is nobody to ask.
     if [ -t 0 ]; then read -r -p "Install it, as administrator? [y/N] " answer; fi
     case $answer in
-        [yY]*) place_tap_service "$staged" "$root" ;;
+        [yY]*) place_tap_service "$build" "$staged" "$root" || echo "It could not be installed." ;;
         *)
             # Nothing that an uninstallation would have to remove.
             rm -f "$build/install_manifest_tapd.txt"
@@ -27,13 +27,12 @@ offer_tap_service() {
     rm -rf "$staged"
 }
 
-# place_tap_service <staged files> <root folder>
+# place_tap_service <build folder> <staged files> <root folder>
 place_tap_service() {
-    install_packages service
-    as_administrator cp -r --no-preserve=ownership "$1/." "$2/"
-    if [ -z "$2" ] && [ -d /run/systemd/system ]; then
+    install_packages service && as_administrator cp -r --no-preserve=ownership "$2/." "$3/" || return 1
+    if [ -z "$3" ] && [ -d /run/systemd/system ]; then
         as_administrator systemctl daemon-reload
         as_administrator busctl --quiet call org.freedesktop.DBus / org.freedesktop.DBus ReloadConfig
     fi
-    echo "Installed. To remove it: sudo cmake --build build/release --target uninstall"
+    echo "Installed. To remove it: sudo cmake --build $1 --target uninstall"
 }

@@ -51,7 +51,7 @@ protected:
         ASSERT_NE(menu, nullptr);
         menu->setActiveAction(menu->actions().at(index));
         QTest::keyClick(menu, Qt::Key_Return);
-        QTest::qWait(0);
+        settle();
     }
 };
 
@@ -114,7 +114,7 @@ TEST_F(GroupViewTest, AHandlerThatOutlivesItsRecorderDoesNothing) {
     click(card(0).recorder().button());
     const ShortcutHandler handler = model->recorder();
     click(card(0).deleteButton());
-    QTest::qWait(0);
+    settle();
     handler(controlOptionK.keyCode, controlOptionK.modifiers);
     EXPECT_TRUE(groups().empty());
     EXPECT_EQ(writes(), 1);
@@ -229,12 +229,12 @@ TEST_F(GroupViewTest, CardsKeepTheirIdentityWhenOthersComeAndGo) {
 
 TEST_F(GroupViewTest, CardsFollowTheOrderOfTheGroups) {
     open({group({"a"}), group({"b"})});
-    QTest::qWait(0);
+    settle();
     const GroupView* const first = &card(0);
     Config config = model->config();
     std::swap(config.groups[0], config.groups[1]);
     model->setConfig(config);
-    QTest::qWait(0);
+    settle();
     EXPECT_EQ(&card(1), first);
     EXPECT_LT(card(0).y(), card(1).y());
     EXPECT_EQ(card(1).deleteButton().accessibleName(), "Delete group 2");
@@ -299,10 +299,10 @@ TEST_F(GroupViewTest, AFocusedControlScrollsIntoView) {
     std::vector<CycleGroup> many(20);
     std::ranges::generate(many, [] { return group({"a", "b"}); });
     open(many);
-    QTest::qWait(0);
+    settle();
     card(19).addButton().setFocus(Qt::TabFocusReason);
     press(Qt::Key_Backtab);
-    QTest::qWait(0);
+    settle();
     EXPECT_FALSE(row(19, 1).remove().visibleRegion().isEmpty());
 }
 
@@ -333,7 +333,7 @@ TEST_F(GroupViewTest, RemovingWithTheKeyboardLeavesTheFocusNearby) {
 TEST_F(GroupViewTest, ALongNameIsShortenedAndToldInATooltip) {
     service.records = {layout("a", std::string(200, 'W'))};
     open({group({"a"})});
-    QTest::qWait(0);
+    settle();
     const PaletteLabel& name = row(0, 0).name();
     EXPECT_LT(name.width(), name.sizeHint().width());
     EXPECT_TRUE(name.isElided());
@@ -370,7 +370,7 @@ protected:
         std::vector<CycleGroup> crowd(count);
         std::ranges::generate(crowd, [&] { return group(ids); });
         open(crowd);
-        QTest::qWait(0);
+        settle();
     }
     bool isPainted(const Watcher& watcher, std::size_t index) const {
         return std::ranges::any_of(watcher.painted, [&](QObject* object) {
@@ -383,10 +383,10 @@ TEST_F(CrowdedTest, AnEditRedrawsOnlyWhatItChangesAndMakesNothing) {
     openCrowd();
     // the end of one card and the start of the next are in view
     tab().scrollArea().verticalScrollBar()->setValue(card(1).y() - 200);
-    QTest::qWait(0);
+    settle();
     Watcher watcher;
     click(row(0, 48).up());
-    QTest::qWait(0);
+    settle();
     EXPECT_EQ(groups()[0].sourceIDs[47], "source48");
     EXPECT_EQ(watcher.made, 0U);
     EXPECT_TRUE(isPainted(watcher, 0));
@@ -398,7 +398,7 @@ TEST_F(CrowdedTest, RemovingASourceMakesNothing) {
     openCrowd();
     Watcher watcher;
     click(row(0, 10).remove());
-    QTest::qWait(0);
+    settle();
     EXPECT_EQ(card(0).rows().size(), count - 1);
     EXPECT_EQ(watcher.made, 0U);
 }
@@ -406,10 +406,10 @@ TEST_F(CrowdedTest, RemovingASourceMakesNothing) {
 TEST_F(CrowdedTest, AddingASourceMakesOneRow) {
     openCrowd();
     click(row(0, 10).remove());
-    QTest::qWait(0);
+    settle();
     const qsizetype before = view().findChildren<QWidget*>().size();
     choose(0, 0);
-    QTest::qWait(0);
+    settle();
     EXPECT_EQ(card(0).rows().size(), count);
     EXPECT_LT(view().findChildren<QWidget*>().size(), before + 10);
 }
@@ -420,7 +420,7 @@ TEST_F(CrowdedTest, ScrollingMakesNothing) {
     QScrollBar* const bar = tab().scrollArea().verticalScrollBar();
     for (int i = 0; i <= 20; ++i) {
         bar->setValue(bar->maximum() * i / 20);
-        QTest::qWait(0);
+        settle();
     }
     EXPECT_EQ(watcher.made, 0U);
     EXPECT_TRUE(isPainted(watcher, count - 1));

@@ -7,6 +7,7 @@
 #include "Quillmere/Permission/PermissionView.h"
 #include "Tests/Support/FakePermissionRequest.h"
 #include "Tests/Support/FakePlatform.h"
+#include "Tests/Support/Settle.h"
 
 #include <gtest/gtest.h>
 
@@ -26,11 +27,6 @@ using State = PermissionGate::State;
 class PermissionWindowTest : public testing::Test {
 protected:
     ~PermissionWindowTest() override { Palette::setDark(false); }
-
-    static void settle() {
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QApplication::processEvents();
-    }
 
     QWidget& window() const { return *shown.window(); }
 

@@ -17,7 +17,7 @@ protected:
     void openPlate(PlateSettings plate = PlateSettings()) {
         open({}, plate);
         settings->setTab(SettingsTab::general);
-        QTest::qWait(0);
+        settle();
     }
     PlateSection& section() const { return view().generalTab().plateSection(); }
     const PlateSettings& plate() const { return model->config().plate; }

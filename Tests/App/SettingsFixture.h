@@ -11,6 +11,7 @@
 #include "Tests/Support/FakeLoginItem.h"
 #include "Tests/Support/FakeWorkspace.h"
 #include "Tests/Support/MemoryDefaults.h"
+#include "Tests/Support/Settle.h"
 
 #include <gtest/gtest.h>
 
@@ -66,7 +67,7 @@ protected:
     /// A click with the mouse, where the user would click.
     static void click(QWidget& widget) {
         QTest::mouseClick(&widget, Qt::LeftButton);
-        QTest::qWait(0);
+        settle();
     }
     /// A key press delivered by the keyboard tap.
     void tapPress(std::int64_t keyCode, Modifiers modifiers = {}) const {

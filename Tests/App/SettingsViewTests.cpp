@@ -19,7 +19,7 @@ protected:
     void openGeneral() {
         open({});
         click(view().generalChip());
-        QTest::qWait(0);
+        settle();
     }
 };
 
@@ -168,7 +168,7 @@ TEST_F(SettingsViewTest, TheCheckButtonRunsTheCheck) {
 
 TEST_F(SettingsViewTest, TheContentKeepsItsDistances) {
     open({group({"a"})});
-    QTest::qWait(0);
+    settle();
     EXPECT_EQ(view().layoutsChip().pos(), QPoint(20, 20));
     EXPECT_EQ(view().generalChip().x(), view().layoutsChip().geometry().right() + 1 + 8);
     EXPECT_EQ(tab().mapTo(&view(), QPoint()).y(), view().layoutsChip().geometry().bottom() + 1 + 16);
@@ -181,7 +181,7 @@ TEST_F(SettingsViewTest, EverythingOfTheSmallestWindowFitsWithoutScrollingSidewa
     open({group({"a", "b"}, controlOptionK)});
     for (const SettingsTab shown : {SettingsTab::layouts, SettingsTab::general}) {
         settings->setTab(shown);
-        QTest::qWait(0);
+        settle();
         EXPECT_EQ(window->window()->size(), QSize(460, 520));
         for (QWidget* const widget : view().findChildren<QWidget*>()) {
             if (!widget->isVisible() || !dynamic_cast<ChipButton*>(widget)) continue;

@@ -3,6 +3,7 @@
 #include "Quillmere/Controls/ControlButton.h"
 #include "Quillmere/Palette.h"
 #include "Tests/Support/FakeWorkspace.h"
+#include "Tests/Support/Settle.h"
 
 #include <gtest/gtest.h>
 
@@ -18,11 +19,6 @@ namespace {
 class UpdateAlertTest : public testing::Test {
 protected:
     ~UpdateAlertTest() override { Palette::setDark(false); }
-
-    static void settle() {
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QApplication::processEvents();
-    }
 
     QStringList texts() const {
         QStringList result;

@@ -7,6 +7,7 @@
 #include "Quillmere/Updates/UpdateView.h"
 #include "Tests/Support/FakeWorkspace.h"
 #include "Tests/Support/MemoryDefaults.h"
+#include "Tests/Support/Settle.h"
 
 #include <gtest/gtest.h>
 
@@ -33,11 +34,6 @@ UpdateOffer offer(const std::string& version = "1.4.0", std::vector<std::string>
 class UpdateWindowTest : public testing::Test {
 protected:
     ~UpdateWindowTest() override { Palette::setDark(false); }
-
-    static void settle() {
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QApplication::processEvents();
-    }
 
     QStringList texts() const {
         QStringList result;
