@@ -1,5 +1,4 @@
 #include "Quillmere/AppDelegate.h"
-#include "Quillmere/Menu/AppIcon.h"
 #include "Quillmere/Platform/Application.h"
 #include "Quillmere/Platform/SingleInstance.h"
 
@@ -18,8 +17,6 @@ int main(int argc, char** argv) {
     {
         quillmere::AppDelegate delegate(quillmere::makePlatform());
         delegate.applicationDidFinishLaunching();
-        // Drawing it can wait until the shortcuts work.
-        QApplication::setWindowIcon(quillmere::AppIcon::make());
         instance->setOnActivate([&delegate] { delegate.openSettings(); });
         status = QApplication::exec();
         instance->setOnActivate(nullptr);

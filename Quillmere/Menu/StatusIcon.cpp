@@ -1,9 +1,8 @@
 #include "Quillmere/Menu/StatusIcon.h"
 
-#include <QIconEngine>
+#include "Quillmere/Menu/DrawnIcon.h"
+
 #include <QPainter>
-#include <QPixmap>
-#include <QTransform>
 
 #include <algorithm>
 #include <array>
@@ -68,43 +67,6 @@ void drawBar(QPainter& painter, const Bar& bar) {
     painter.restore();
 }
 
-/// Draws the spiral anew for every size that a tray asks for, so that no size
-/// is a scaled picture of another.
-class SpiralEngine : public QIconEngine {
-public:
-    SpiralEngine(const QColor& color, bool dimmed) : color_(color), dimmed_(dimmed) {}
-
-    void paint(QPainter* painter, const QRect& rect, QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
-        painter->save();
-        if (dimmed_) painter->setOpacity(painter->opacity() * dimmedOpacity);
-        StatusIcon::draw(*painter, rect, color_);
-        painter->restore();
-    }
-
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
-        QPixmap pixmap(size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        paint(&painter, QRect(QPoint(), size), mode, state);
-        return pixmap;
-    }
-
-    // StatusNotifier hosts get a picture of each of these.
-    QList<QSize> availableSizes(QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
-        QList<QSize> sizes;
-        for (const int side : {16, 20, 22, 24, 32, 40, 44, 48, 64})
-            sizes.append(QSize(side, side));
-        return sizes;
-    }
-
-    QIconEngine* clone() const override { return new SpiralEngine(color_, dimmed_); }
-    QString key() const override { return QStringLiteral("quillmere-spiral"); }
-
-private:
-    QColor color_;
-    bool dimmed_;
-};
-
 }  // namespace
 
 void StatusIcon::draw(QPainter& painter, const QRectF& rect, const QColor& color) {
@@ -122,7 +84,11 @@ void StatusIcon::draw(QPainter& painter, const QRectF& rect, const QColor& color
 }
 
 QIcon StatusIcon::make(const QColor& color, bool dimmed) {
-    return QIcon(new SpiralEngine(color, dimmed));
+    const auto drawSpiral = [color, dimmed](QPainter& painter, const QRect& rect) {
+        if (dimmed) painter.setOpacity(painter.opacity() * dimmedOpacity);
+        draw(painter, rect, color);
+    };
+    return DrawnIcon::make(QStringLiteral("quillmere-spiral"), {16, 20, 22, 24, 32, 40, 44, 48, 64}, drawSpiral);
 }
 
 }  // namespace quillmere

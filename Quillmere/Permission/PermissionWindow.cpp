@@ -1,5 +1,6 @@
 #include "Quillmere/Permission/PermissionWindow.h"
 
+#include "Quillmere/Menu/AppIcon.h"
 #include "Quillmere/Permission/PermissionView.h"
 
 #include <QCoreApplication>
@@ -20,6 +21,7 @@ constexpr Qt::WindowFlags windowFlags =
 QWidget* makeWindow(PermissionView* view) {
     auto* const window = new QWidget(nullptr, windowFlags);
     window->setWindowTitle(QStringLiteral("Quillmere needs permission"));
+    window->setWindowIcon(AppIcon::make());
     auto* const layout = new QVBoxLayout(window);
     layout->setContentsMargins(0, 0, 0, 0);
     // The content decides, also when it changes.

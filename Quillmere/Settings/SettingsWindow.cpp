@@ -1,5 +1,6 @@
 #include "Quillmere/Settings/SettingsWindow.h"
 
+#include "Quillmere/Menu/AppIcon.h"
 #include "Quillmere/Settings/SettingsView.h"
 
 #include <QCloseEvent>
@@ -62,6 +63,7 @@ void SettingsWindow::makeWindow() {
     };
     window_ = std::make_unique<ClosableWindow>(closed, windowFlags);
     window_->setWindowTitle(QStringLiteral("Quillmere"));
+    window_->setWindowIcon(AppIcon::make());
     auto* const layout = new QVBoxLayout(window_.get());
     layout->setContentsMargins(0, 0, 0, 0);
     view_ = new SettingsView(model_, settings_, glassAvailable_);

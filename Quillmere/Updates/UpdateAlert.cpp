@@ -1,6 +1,7 @@
 #include "Quillmere/Updates/UpdateAlert.h"
 
 #include "Quillmere/Controls/AccentButtonStyle.h"
+#include "Quillmere/Menu/AppIcon.h"
 #include "Quillmere/Updates/WrappedLabel.h"
 
 #include <QAccessible>
@@ -27,6 +28,7 @@ class AlertDialog : public QDialog {
 public:
     AlertDialog(const QString& message, const QString& informativeText) : QDialog(nullptr, alertFlags) {
         setWindowTitle(QStringLiteral("Quillmere"));
+        setWindowIcon(AppIcon::make());
         setAttribute(Qt::WA_DeleteOnClose);
         setAccessibleName(message);
         setAccessibleDescription(informativeText);

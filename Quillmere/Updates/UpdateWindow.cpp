@@ -1,5 +1,6 @@
 #include "Quillmere/Updates/UpdateWindow.h"
 
+#include "Quillmere/Menu/AppIcon.h"
 #include "Quillmere/Updates/UpdateView.h"
 
 #include <QEvent>
@@ -25,6 +26,7 @@ QWidget* makeWindow(UpdateView* view, const QString& title) {
 
     auto* const window = new QWidget(nullptr, windowFlags);
     window->setWindowTitle(title);
+    window->setWindowIcon(AppIcon::make());
     auto* const layout = new QVBoxLayout(window);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(view);

@@ -91,9 +91,10 @@ TEST_F(PermissionWindowTest, ComesToTheFrontInTheMiddleOfTheScreen) {
     EXPECT_LE((window().geometry().center() - middle).manhattanLength(), 8);
 }
 
-TEST_F(PermissionWindowTest, HasATitleAndACloseButtonAndKeepsItsSize) {
+TEST_F(PermissionWindowTest, HasAnIconATitleAndACloseButtonAndKeepsItsSize) {
     shown.show();
     const Qt::WindowFlags flags = window().windowFlags();
+    EXPECT_FALSE(window().windowIcon().isNull());
     EXPECT_TRUE(flags & Qt::WindowTitleHint);
     EXPECT_TRUE(flags & Qt::WindowCloseButtonHint);
     EXPECT_FALSE(flags & Qt::WindowMinimizeButtonHint);

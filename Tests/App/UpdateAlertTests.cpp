@@ -47,6 +47,11 @@ TEST_F(UpdateAlertTest, ComesToTheFrontAndIsModal) {
     EXPECT_EQ(workspace.broughtToFront, std::vector<QWidget*>{alert.dialog()});
 }
 
+TEST_F(UpdateAlertTest, HasTheProgramsIcon) {
+    alert.show("Message", "Text");
+    EXPECT_FALSE(alert.dialog()->windowIcon().isNull());
+}
+
 TEST_F(UpdateAlertTest, TextFromOutsideIsShownVerbatim) {
     alert.show("Couldn't check for updates.", "<b>Host</b> &amp; https://example.org not found");
     for (const QLabel* label : alert.dialog()->findChildren<QLabel*>()) {

@@ -93,9 +93,10 @@ TEST_F(UpdateWindowTest, ComesToTheFront) {
     EXPECT_EQ(workspace.broughtToFront, std::vector<QWidget*>{shown.window()});
 }
 
-TEST_F(UpdateWindowTest, HasATitleAndACloseButtonAndKeepsItsSize) {
+TEST_F(UpdateWindowTest, HasAnIconATitleAndACloseButtonAndKeepsItsSize) {
     shown.show(offer());
     const Qt::WindowFlags flags = shown.window()->windowFlags();
+    EXPECT_FALSE(shown.window()->windowIcon().isNull());
     EXPECT_TRUE(flags & Qt::WindowTitleHint);
     EXPECT_TRUE(flags & Qt::WindowCloseButtonHint);
     EXPECT_FALSE(flags & Qt::WindowMinimizeButtonHint);
