@@ -22,6 +22,13 @@ constexpr const char* schema =
     "PRAGMA synchronous=NORMAL;"
     "CREATE TABLE IF NOT EXISTS defaults(key TEXT PRIMARY KEY, type TEXT, value);";
 
+/// SQLite sets memory for twenty pages aside for each database that it opens;
+/// all that is stored here fits into one or two, which it then takes singly.
+/// Has an effect before SQLite's first use only, and needs none later.
+void takePagesSingly() {
+    sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0);
+}
+
 // Only these speak of the file itself; a locked or full medium does not.
 bool meansCorrupt(int status) {
     const int primary = status & 0xFF;
@@ -78,6 +85,7 @@ std::filesystem::path SqliteDefaults::standardFile() {
 }
 
 SqliteDefaults::SqliteDefaults(std::filesystem::path file) : file_(std::move(file)) {
+    takePagesSingly();
     std::error_code error;
     std::filesystem::create_directories(file_.parent_path(), error);
     open();
