@@ -1,38 +1,16 @@
 #include "Quillmere/Updates/FeedSession.h"
 
-#include "Quillmere/Updates/FeedTransfer.h"
-
-#include <QNetworkAccessManager>
-#include <QNetworkRequest>
+#include <QCoreApplication>
+#include <QDir>
+#include <QPluginLoader>
 
 #include <utility>
 
 namespace quillmere {
 
-namespace {
-
-constexpr int mostRedirections = 20;
-
-QNetworkRequest request(const QUrl& url, const std::string& userAgent) {
-    QNetworkRequest request(url);
-    request.setRawHeader("User-Agent", QByteArray::fromStdString(userAgent));
-    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
-    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    request.setMaximumRedirectsAllowed(mostRedirections);
-    return request;
-}
-
-}  // namespace
-
-FeedSession::FeedSession(const Limits& limits) : limits_(limits) {
+FeedSession::FeedSession(const FeedLimits& limits, QString plugin) : limits_(limits), plugin_(std::move(plugin)) {
     thread_.setObjectName("Feed");
 }
-
-FeedSession::FeedSession() : FeedSession(Limits{}) {}
 
 FeedSession::~FeedSession() {
     // Jobs that the thread still posts until it has ended go to this object,
@@ -41,25 +19,43 @@ FeedSession::~FeedSession() {
     thread_.wait();
 }
 
+QString FeedSession::standardPlugin() {
+    return QDir::cleanPath(QCoreApplication::applicationDirPath()
+                           + QStringLiteral("/" QUILLMERE_PLUGINS_FROM_PROGRAM "/feednetwork"));
+}
+
 void FeedSession::fetch(const QUrl& url, const std::string& userAgent, Handler handler) {
     start();
-    emit posted([this, network = network_, request = request(url, userAgent), handler = std::move(handler)] {
-        auto* manager = network->findChild<QNetworkAccessManager*>();
-        // Here and not in `start`, because it belongs to the thread that makes it.
-        if (manager == nullptr) manager = new QNetworkAccessManager(network);
+    emit posted([this, url, userAgent, handler = std::move(handler)] {
         const auto done = [this, handler](const FeedAnswer& answer) {
             QMetaObject::invokeMethod(this, handler(answer), Qt::QueuedConnection);
         };
-        new FeedTransfer(manager->get(request), limits_, done, network);
+        std::string problem;
+        if (network_ == nullptr) network_ = makeNetwork(problem);
+        if (network_ == nullptr) return done({.transportError = problem, .status = 0, .body = std::nullopt});
+        network_->get(url, userAgent, limits_, done);
     });
+}
+
+/// On the thread that it is for; null, and why, without a usable plug-in.
+FeedNetwork* FeedSession::makeNetwork(std::string& problem) {
+    QPluginLoader loader(plugin_);
+    const auto* plugin = qobject_cast<FeedNetworkPlugin*>(loader.instance());
+    if (plugin == nullptr) {
+        problem = loader.errorString().toStdString();
+        return nullptr;
+    }
+    FeedNetwork* network = plugin->make().release();
+    network->setParent(worker_);
+    return network;
 }
 
 void FeedSession::start() {
     if (thread_.isRunning()) return;
-    network_ = new QObject;
-    network_->moveToThread(&thread_);
-    connect(&thread_, &QThread::finished, network_, &QObject::deleteLater);
-    connect(this, &FeedSession::posted, network_, [](const std::function<void()>& job) { job(); });
+    worker_ = new QObject;
+    worker_->moveToThread(&thread_);
+    connect(&thread_, &QThread::finished, worker_, &QObject::deleteLater);
+    connect(this, &FeedSession::posted, worker_, [](const std::function<void()>& job) { job(); });
     thread_.start();
 }
 

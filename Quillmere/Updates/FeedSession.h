@@ -1,54 +1,38 @@
 #pragma once
 
+#include "Quillmere/Updates/FeedNetwork.h"
+
 #include <QObject>
 #include <QThread>
 #include <QUrl>
 
-#include <chrono>
-#include <cstddef>
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace quillmere {
 
-/// What came of one fetch.
-struct FeedAnswer {
-    /// Why there is no answer, in words for the user; absent when there is one.
-    std::optional<std::string> transportError;
-    /// The HTTP status; 0 without an answer.
-    int status = 0;
-    /// The body, decompressed; absent when it is empty, cannot be decompressed
-    /// or is longer than the session's limit.
-    std::optional<std::string> body;
-};
-
 /// The one network session of the program: GET requests over HTTP(S) on a
-/// thread of its own, without cookies, cache, stored credentials or anything
-/// else that would outlive it. The thread, and all that the network needs, is
-/// made by the first fetch: a program that never asks pays nothing for it.
+/// thread of its own. The thread, and all that the network needs, is made by the
+/// first fetch: a program that never asks pays nothing for it.
 ///
 /// Lives on the main thread. Destroying it drops what is in flight at once,
 /// and nothing that was in flight is called any more.
 class FeedSession : public QObject {
     Q_OBJECT
 public:
-    struct Limits {
-        std::chrono::milliseconds idle{10'000};    ///< without a sign of life from the server
-        std::chrono::milliseconds whole{20'000};   ///< for everything, redirections included
-        std::size_t body = std::size_t{1} << 20U;  ///< bytes, after decompression
-    };
-
     /// Takes the answer, on the network's thread. The job that it returns runs
     /// on the main thread. Copies of both may be destroyed on either.
     using Handler = std::function<std::function<void()>(const FeedAnswer&)>;
 
-    explicit FeedSession(const Limits& limits);
-    FeedSession();
+    /// `plugin` is the file of the `FeedNetworkPlugin`. Without a usable one
+    /// every fetch fails, and says why.
+    explicit FeedSession(const FeedLimits& limits = {}, QString plugin = standardPlugin());
     ~FeedSession() override;
 
-    /// Starts a GET of `url`. The handler is called exactly once. Redirections
-    /// are followed, but never from https to http.
+    /// The plug-in that belongs to this program, by its place beside it.
+    static QString standardPlugin();
+
+    /// Starts a GET of `url`. The handler is called exactly once.
     void fetch(const QUrl& url, const std::string& userAgent, Handler handler);
 
     /// Whether anything has been fetched yet, and so the thread exists.
@@ -60,11 +44,15 @@ signals:
 
 private:
     void start();
+    FeedNetwork* makeNetwork(std::string& problem);
 
-    Limits limits_;
+    FeedLimits limits_;
+    QString plugin_;
     QThread thread_;
     // Lives on the thread and is deleted there when the thread ends.
-    QObject* network_ = nullptr;
+    QObject* worker_ = nullptr;
+    // The worker's child, made and used on the thread.
+    FeedNetwork* network_ = nullptr;
 };
 
 }  // namespace quillmere

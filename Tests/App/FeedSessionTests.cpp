@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 namespace {
 
 /// Far longer than anything takes that must not time out.
-constexpr FeedSession::Limits patient{.idle = patience, .whole = patience, .body = std::size_t{1} << 20U};
+constexpr FeedLimits patient{.idle = patience, .whole = patience, .body = std::size_t{1} << 20U};
 
 FeedAnswer fetch(FeedSession& session, const std::string& url, const std::string& userAgent = "Quillmere/1.0") {
     std::optional<FeedAnswer> result;
@@ -383,10 +383,19 @@ TEST(FeedSession, MakesNoThreadBeforeTheFirstFetch) {
     EXPECT_FALSE(session.isRunning());
 }
 
+TEST(FeedSession, AProgramThatWasInstalledWithoutTheNetworkPartSaysSo) {
+    FeedSession session({}, "/nowhere/feednetwork");
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        const FeedAnswer answer = fetch(session, "http://127.0.0.1:1/feed");
+        EXPECT_NE(answer.transportError.value_or(""), "");
+        EXPECT_EQ(answer.status, 0);
+    }
+}
+
 TEST(FeedSession, DestroyingItDropsWhatIsUnderWayAtOnce) {
     HttpServer server;
     server.answer("/feed", {{HttpAnswer::Send{headerWithoutLength + "{"}, HttpAnswer::Silence{}}});
-    auto session = std::make_unique<FeedSession>(FeedSession::Limits{.idle = 30s, .whole = 30s, .body = 1024});
+    auto session = std::make_unique<FeedSession>(FeedLimits{.idle = 30s, .whole = 30s, .body = 1024});
     bool isCompleted = false;
     session->fetch(QUrl(QString::fromStdString(server.url("/feed"))), "",
                    [&](const FeedAnswer&) { return [&] { isCompleted = true; }; });

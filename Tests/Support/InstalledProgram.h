@@ -5,8 +5,8 @@
 
 namespace quillmere::support {
 
-/// A copy of the built program with an information file of its own beside it,
-/// as a packager would install it.
+/// A copy of the built program and its plug-ins with an information file of its
+/// own beside it, as a packager would install it.
 class InstalledProgram {
 public:
     /// Copies `program` into `folder`, which must outlive this. `feed` is the

@@ -1,4 +1,4 @@
-#include "Quillmere/Updates/FeedTransfer.h"
+#include "Quillmere/Updates/Network/FeedTransfer.h"
 
 #include <QNetworkReply>
 #include <QVariant>
@@ -19,7 +19,7 @@ constexpr int firstErrorStatus = 400;
 
 // Qt's own transfer time-out is not used: it ends the reply as "Operation
 // canceled", which tells the user nothing.
-FeedTransfer::FeedTransfer(QNetworkReply* reply, const FeedSession::Limits& limits, Done done, QObject* parent)
+FeedTransfer::FeedTransfer(QNetworkReply* reply, const FeedLimits& limits, Done done, QObject* parent)
     : QObject(parent), reply_(reply), limits_(limits), done_(std::move(done)) {
     reply_->setParent(this);
     // Without a bound Qt would store a body faster than it is read here.

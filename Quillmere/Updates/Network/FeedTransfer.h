@@ -1,11 +1,10 @@
 #pragma once
 
-#include "Quillmere/Updates/FeedSession.h"
+#include "Quillmere/Updates/FeedNetwork.h"
 
 #include <QObject>
 #include <QTimer>
 
-#include <functional>
 #include <string>
 
 class QNetworkReply;
@@ -17,12 +16,12 @@ namespace quillmere {
 class FeedTransfer : public QObject {
     Q_OBJECT
 public:
-    using Done = std::function<void(const FeedAnswer&)>;
+    using Done = FeedNetwork::Done;
 
     /// Takes the reply over. `done` is called exactly once, after which the
     /// transfer deletes itself; a transfer that is destroyed before calls
     /// nothing.
-    FeedTransfer(QNetworkReply* reply, const FeedSession::Limits& limits, Done done, QObject* parent);
+    FeedTransfer(QNetworkReply* reply, const FeedLimits& limits, Done done, QObject* parent);
 
 private:
     void readAvailable();
@@ -33,7 +32,7 @@ private:
     int status() const;
 
     QNetworkReply* reply_;
-    FeedSession::Limits limits_;
+    FeedLimits limits_;
     Done done_;
     QTimer idle_;
     QTimer whole_;
