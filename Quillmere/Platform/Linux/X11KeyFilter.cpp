@@ -55,7 +55,7 @@ void X11KeyFilter::letGo() {
     // A release that is still to come is found out by the next reading.
     listenToKeys(false);
     listen(false);
-    pending_.clear();
+    decided_.clear();
     connection_.synchronize();
 }
 
@@ -70,7 +70,7 @@ void X11KeyFilter::updateListening() {
 /// the first modifier of a shortcut on.
 bool X11KeyFilter::needsRawKeys() const {
     const bool mayMiss = grabs_.areSomeMissing() || matcher_.isAnyShortcutBegun(modifiers_);
-    return matcher_.wantsFn() || mayMiss || pending_.deadline() || told_.any();
+    return matcher_.wantsFn() || mayMiss || told_.any();
 }
 
 void X11KeyFilter::listen(bool on) {
@@ -153,7 +153,7 @@ void X11KeyFilter::processEvents() {
 
 std::optional<X11KeyFilter::TimePoint> X11KeyFilter::deadline() const {
     std::optional<TimePoint> first;
-    for (const auto& each : {pending_.deadline(), keymapRefresh_, recordingRetry_})
+    for (const auto& each : {keymapRefresh_, recordingRetry_})
         if (each && (!first || *each < *first)) first = each;
     return first;
 }
@@ -165,14 +165,6 @@ void X11KeyFilter::processDeadlines() {
         refreshKeymap();
     }
     if (recordingRetry_ && *recordingRetry_ <= now) updateRecording();
-    if (const auto due = pending_.deadline(); due && *due <= now) {
-        // The clock alone proves nothing on a busy machine; after this, what
-        // is not here has not been sent.
-        connection_.synchronize();
-        processEvents();
-        while (const auto press = pending_.takeMissing(now))
-            switchWithoutGrab(*press);
-    }
 }
 
 void X11KeyFilter::dispatch(XEvent& event) {
@@ -230,8 +222,8 @@ void X11KeyFilter::rawPress(unsigned int keyCode, unsigned long time) {
     }
     if (keyCode == matcher_.keymap().unusedKeyCode()) return;
     if (isFnTold_ && !matcher_.isFlagKey(keyCode)) tellOtherKey(time);
-    if (matcher_.wantsPress(keyCode, modifiers_))
-        pending_.add({.keyCode = keyCode, .time = time, .modifiers = modifiers_});
+    if (!matcher_.wantsPress(keyCode, modifiers_)) return;
+    decided_.add({.keyCode = keyCode, .time = time}, decide(keyCode, modifiers_, time));
 }
 
 void X11KeyFilter::rawRelease(unsigned int keyCode, unsigned long time) {
@@ -242,6 +234,7 @@ void X11KeyFilter::rawRelease(unsigned int keyCode, unsigned long time) {
     }
     tellRelease(keyCode, time);
     if (!isHoldingKeyboard()) swallowed_.reset(keyCode);
+    if (grabs_.areSomeMissing() && decided_.isMissing(keyCode)) grabs_.retry();
 }
 
 void X11KeyFilter::modifiersChanged(unsigned int modifiers, unsigned long time) {
@@ -254,13 +247,14 @@ void X11KeyFilter::modifiersChanged(unsigned int modifiers, unsigned long time) 
 void X11KeyFilter::grabbedPress(const GrabbedKey& key) {
     if (!isHoldingKeyboard()) grabbingKey_ = key.keyCode;
     if (key.isRepeat) return grabbedRepeat(key);
-    const bool hasSwitched = pending_.arrive(key.keyCode, key.time);
+    const auto verdict = decided_.arrive({.keyCode = key.keyCode, .time = key.time});
     if (isKeptInGrab(key.keyCode)) return keepForUs();
     // Of a fast typist's next letter, pressed before the shortcut is released,
     // nothing must be lost. Replaying it ends our grab, so the shortcut's
     // release will reach the client, which ignores it.
     if (!matcher_.wantsPress(key.keyCode, key.modifiers)) return replayToClient();
-    const bool isSwallowed = hasSwitched || decide(key) == InterceptDecision::swallow;
+    const bool isSwallowed =
+        (verdict ? *verdict : decide(key.keyCode, key.modifiers, key.time)) == InterceptDecision::swallow;
     swallowed_[key.keyCode] = isSwallowed;
     isSwallowed ? keepForUs() : replayToClient();
 }
@@ -286,10 +280,10 @@ bool X11KeyFilter::isKeptInGrab(unsigned int keyCode) const {
     return matcher_.isFlagKey(keyCode) || keyCode == matcher_.keymap().unusedKeyCode();
 }
 
-InterceptDecision X11KeyFilter::decide(const GrabbedKey& key) {
-    KeyEventFields event = fields(KeyEventType::keyDown, key.modifiers, key.time);
-    event.keyCode = X11KeyMatcher::virtualKey(key.keyCode);
-    told_.set(key.keyCode);
+InterceptDecision X11KeyFilter::decide(unsigned int keyCode, unsigned int modifiers, unsigned long time) {
+    KeyEventFields event = fields(KeyEventType::keyDown, modifiers, time);
+    event.keyCode = X11KeyMatcher::virtualKey(keyCode);
+    told_.set(keyCode);
     // While the keyboard stands still: the release must be heard of.
     updateListening();
     return exchange_.ask(event);
@@ -312,17 +306,6 @@ void X11KeyFilter::grabbedRelease(const GrabbedKey& key) {
     // must see it end.
     isOurs ? keepForUs() : replayToClient();
     if (recording_.isHeld() && !matcher_.interest().everyKey) updateRecording();
-}
-
-/// Another client has the keyboard, or this combination: the press is seen and
-/// cannot be swallowed.
-void X11KeyFilter::switchWithoutGrab(const X11PendingPresses::Press& press) {
-    KeyEventFields event = fields(KeyEventType::keyDown, press.modifiers, press.time);
-    event.keyCode = X11KeyMatcher::virtualKey(press.keyCode);
-    if (!exchange_.tell(event)) return;
-    told_.set(press.keyCode);
-    if (!down_[press.keyCode]) tellRelease(press.keyCode, press.time);
-    if (grabs_.areSomeMissing()) grabs_.retry();
 }
 
 /// No client sees this event, and the keyboard goes on to the next one that is

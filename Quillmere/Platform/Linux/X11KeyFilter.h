@@ -4,11 +4,11 @@
 #include "Quillmere/Platform/Linux/VerdictExchange.h"
 #include "Quillmere/Platform/Linux/X11Clock.h"
 #include "Quillmere/Platform/Linux/X11Connection.h"
+#include "Quillmere/Platform/Linux/X11DecidedPresses.h"
 #include "Quillmere/Platform/Linux/X11FillerKey.h"
 #include "Quillmere/Platform/Linux/X11KeyGrabs.h"
 #include "Quillmere/Platform/Linux/X11KeyMatcher.h"
 #include "Quillmere/Platform/Linux/X11KeyboardGrab.h"
-#include "Quillmere/Platform/Linux/X11PendingPresses.h"
 
 #include <bitset>
 #include <chrono>
@@ -25,10 +25,13 @@ namespace quillmere {
 /// Two feeds: grabs deliver the presses of interest and hold the keyboard
 /// still until there is a verdict; raw events tell of everything that happens
 /// on the keyboard, also what the grabs miss. Both come in the order of the
-/// fingers: while the keyboard stands still, raw events wait as well. Raw
-/// events are listened to only while they can matter, so that ordinary typing
-/// neither wakes the process nor is known to it. Each key that the callback
-/// was told of as pressed it is also told of as released.
+/// fingers: while the keyboard stands still, raw events wait as well. Of one
+/// press the raw event comes first, by the time that the server needs to tell
+/// other clients of the grab, so it is what a press is decided at; the grab's
+/// event is what the verdict is carried out at. Raw events are listened to only
+/// while they can matter, so that ordinary typing neither wakes the process nor
+/// is known to it. Each key that the callback was told of as pressed it is also
+/// told of as released.
 class X11KeyFilter {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -87,8 +90,7 @@ private:
     void grabbedRepeat(const GrabbedKey& key);
     void grabbedRelease(const GrabbedKey& key);
     bool isKeptInGrab(unsigned int keyCode) const;
-    InterceptDecision decide(const GrabbedKey& key);
-    void switchWithoutGrab(const X11PendingPresses::Press& press);
+    InterceptDecision decide(unsigned int keyCode, unsigned int modifiers, unsigned long time);
 
     bool isHoldingKeyboard() const { return grabbingKey_ != 0 || recording_.isHeld(); }
     void keepForUs();
@@ -106,7 +108,7 @@ private:
     X11KeyGrabs grabs_;
     X11KeyboardGrab recording_;
     X11FillerKey filler_;
-    X11PendingPresses pending_;
+    X11DecidedPresses decided_;
 
     bool isListening_ = false;        ///< to the modifiers and the map
     bool isListeningToKeys_ = false;  ///< to raw events
