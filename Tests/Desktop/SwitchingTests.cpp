@@ -223,6 +223,23 @@ TEST_F(SwitchingTest, ALetterRightAfterTheShortcutArrivesInTheNewLayoutEveryTime
     EXPECT_FALSE(witness().saw(keys::space));
 }
 
+// As from a hand that has the modifiers down already and is fast then.
+TEST_F(SwitchingTest, ALetterRightAfterAShortcutOfHeldModifiersArrivesInTheNewLayoutEveryTime) {
+    ASSERT_NO_FATAL_FAILURE(startEverything());
+    constexpr std::size_t rounds = 10;
+    std::string expected;
+    for (std::size_t i = 0; i < rounds; ++i) {
+        for (int layout = 0; layout < 3; ++layout) {
+            typist().playByHand(Strokes().press(keys::leftControl).press(keys::leftAlt));
+            typist().play(Strokes().tap(keys::space).release(keys::leftAlt).release(keys::leftControl).tap(keys::z));
+        }
+        expected += "яyz";
+    }
+    ASSERT_TRUE(waitUntil([&] { return witness().presses(keys::z) == 3 * rounds; }));
+    EXPECT_EQ(witness().text(), expected);
+    EXPECT_FALSE(witness().saw(keys::space));
+}
+
 // The second press stands still already when the first is released.
 TEST_F(SwitchingTest, ASecondPressRightBehindTheFirstIsSwallowedWithItsRelease) {
     ASSERT_NO_FATAL_FAILURE(startEverything());

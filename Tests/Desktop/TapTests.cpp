@@ -18,35 +18,6 @@ using KeyEventType::flagsChanged;
 using KeyEventType::keyDown;
 using KeyEventType::keyUp;
 using KeyEventType::systemDefined;
-using KeyEventType::tapDisabledByTimeout;
-
-TEST_F(TapTest, ASwallowedShortcutReachesNoApplicationNeitherPressNorRelease) {
-    install({.shortcuts = {controlAltSpace}});
-    typist->chord(controlAlt, keys::space);
-    ASSERT_TRUE(waitForEvents(keyUp, 1));
-    waitForEverythingTyped();
-    EXPECT_FALSE(witness->saw(keys::space));
-    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
-    EXPECT_EQ(events[0].keyCode, Shortcut::space);
-    EXPECT_EQ(events[0].autorepeat, 0);
-    EXPECT_EQ(events[0].flags, controlAltFlags);
-    EXPECT_EQ(events[1].keyCode, Shortcut::space);
-    EXPECT_GE(events[1].timestamp, events[0].timestamp);
-}
-
-TEST_F(TapTest, APassedShortcutReachesTheApplicationOnceInTheLayoutInUse) {
-    install({.shortcuts = {controlAltSpace}});
-    decide = [](const KeyEventFields&) { return InterceptDecision::pass; };
-    server->setGroup(1);
-    typist->chord(controlAlt, keys::space);
-    ASSERT_TRUE(waitForEvents(keyUp, 1));
-    waitForEverythingTyped();
-    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
-    ASSERT_EQ(witness->presses(keys::space), 1U);
-    const auto press = std::ranges::find(witness->keys(), keys::space, &SeenKey::key);
-    EXPECT_EQ(press->group, 1);
-    EXPECT_EQ(std::ranges::count(witness->keys(), keys::space, &SeenKey::key), 2);
-}
 
 TEST_F(TapTest, OrdinaryTypingIsNotDelivered) {
     install({.shortcuts = {controlAltSpace}});
@@ -78,19 +49,6 @@ TEST_P(LockedTapTest, LocksDoNotMatter) {
 INSTANTIATE_TEST_SUITE_P(Locks, LockedTapTest,
                          testing::Values(std::vector{keys::capsLock}, std::vector{keys::numLock},
                                          std::vector{keys::capsLock, keys::numLock}));
-
-TEST_F(TapTest, AHeldShortcutRepeatsToTheProgramAloneAndIsReleasedOnce) {
-    server->setRepeat(60, 20);
-    install({.shortcuts = {controlAltSpace}});
-    typist->play(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::space));
-    ASSERT_TRUE(waitForEvents(keyDown, 4));
-    typist->play(Strokes().release(keys::space).release(keys::leftAlt).release(keys::leftControl));
-    ASSERT_TRUE(waitForEvents(keyUp, 1));
-    waitForEverythingTyped();
-    EXPECT_FALSE(witness->saw(keys::space));
-    EXPECT_EQ(std::ranges::count(events, 0, &KeyEventFields::autorepeat), 2) << "one first press, one release";
-    EXPECT_EQ(count(keyUp), 1U);
-}
 
 TEST_F(TapTest, ALetterRightAfterTheShortcutIsTypedInTheNewLayoutEveryTime) {
     const auto sources = XkbInputSources::create();
@@ -282,48 +240,6 @@ TEST_F(TapTest, ACombinationThatAnotherProgramTakesLaterIsStillDeliveredOnce) {
     EXPECT_EQ(types(), (Types{keyDown, keyUp}));
 }
 
-TEST_F(TapTest, WithABusyMainThreadTheKeyPassesAndIsNeverAskedForLater) {
-    install({.shortcuts = {controlAltSpace}});
-    const auto start = std::chrono::steady_clock::now();
-    typist->chord(controlAlt, keys::space);
-    ASSERT_TRUE(waitWhileBusy([&] { return witness->presses(keys::space) == 1; }));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(400));
-    // Nothing waits a second time.
-    typist->chord(controlAlt, keys::space);
-    waitForEverythingTypedWhileBusy();
-    EXPECT_EQ(witness->presses(keys::space), 2U);
-
-    ASSERT_TRUE(waitForEvents(tapDisabledByTimeout, 1));
-    EXPECT_EQ(count(keyDown), 0U);
-    typist->chord(controlAlt, keys::space);
-    waitForEverythingTyped();
-    EXPECT_EQ(witness->presses(keys::space), 3U);
-    EXPECT_EQ(count(keyDown), 0U);
-
-    tap->enable();
-    typist->chord(controlAlt, keys::space);
-    ASSERT_TRUE(waitForEvents(keyUp, 1));
-    waitForEverythingTyped();
-    EXPECT_EQ(witness->presses(keys::space), 3U);
-    EXPECT_EQ(count(tapDisabledByTimeout), 1U);
-}
-
-TEST_F(TapTest, ADecisionThatComesTooLateIsNotWaitedFor) {
-    install({.shortcuts = {controlAltSpace}});
-    decide = [&](const KeyEventFields&) {
-        EXPECT_TRUE(waitWhileBusy([&] { return witness->presses(keys::space) == 1; }));
-        return InterceptDecision::swallow;
-    };
-    typist->chord(controlAlt, keys::space);
-    ASSERT_TRUE(waitForEvents(tapDisabledByTimeout, 1));
-    tap->enable();
-    decide = [](const KeyEventFields&) { return InterceptDecision::swallow; };
-    typist->chord(controlAlt, keys::space);
-    ASSERT_TRUE(waitForEvents(keyUp, 2));
-    waitForEverythingTyped();
-    EXPECT_EQ(witness->presses(keys::space), 1U);
-}
-
 TEST_F(TapTest, TheInterestFollowsWhatIsSet) {
     const Shortcut controlK{40, {Modifiers::control}};
     install({.shortcuts = {controlAltSpace}});
@@ -360,17 +276,6 @@ TEST_F(TapTest, TheEndOfTheTapGivesTheKeysBack) {
     typist->chord(controlAlt, keys::space);
     waitForEverythingTyped();
     EXPECT_EQ(witness->presses(keys::space), 1U);
-}
-
-TEST_F(TapTest, TheEndOfTheTapFreesAKeyThatWaitsForADecision) {
-    install({.shortcuts = {controlAltSpace}});
-    typist->chord(controlAlt, keys::space);
-    // Time for the tap to stand still at it; the main thread never looks.
-    ASSERT_TRUE(waitWhileBusy([&] { return witness->presses(keys::leftAlt) == 1; }));
-    tap.reset();
-    waitForEverythingTyped();
-    EXPECT_EQ(witness->presses(keys::space), 1U);
-    EXPECT_TRUE(events.empty());
 }
 
 TEST_F(TapTest, InstallingIsRefusedWithoutAServerAndWorksOnceThereIsOne) {
