@@ -1,9 +1,10 @@
 // Measures the built program on real desktops of its own against what it
-// replaces: the X server's own layout switch, typing without the program, and
-// the least tray utility that Qt allows. Every figure and its yardstick are
-// taken in turns within one run. Prints rows of a Markdown table.
+// replaces: the X server's own layout switch, typing without the program, the
+// least program that switches by a grab and the least tray utility that Qt
+// allows. Every figure and its yardstick are taken in turns within one run.
+// Prints rows of a Markdown table.
 //
-//   desktop_benchmark <quillmere> <minimal_tray>
+//   desktop_benchmark <quillmere> <minimal_tray> <bare_grab>
 
 #include "Benchmarks/EventClock.h"
 #include "QuillmereCore/Config.h"
@@ -46,6 +47,24 @@ constexpr unsigned int superModifier = 1U << 6;
 struct Programs {
     fs::path quillmere;
     fs::path minimalTray;
+    fs::path bareGrab;
+};
+
+// One of the yardsticks, from the moment on that it says that it runs.
+class PipedProgram {
+public:
+    PipedProgram(const fs::path& program, Desktop& desktop)
+        : process_({.arguments = {program.string(), std::to_string(ready_.writeEnd())},
+                    .environment = desktop.environment(),
+                    .inheritedDescriptors = {ready_.writeEnd()}}) {
+        if (ready_.readLine().empty()) throw std::runtime_error(program.string() + " does not start");
+    }
+
+    const ChildProcess& process() const { return process_; }
+
+private:
+    support::StartupPipe ready_;
+    ChildProcess process_;
 };
 
 double percentile(std::vector<double> values, double share) {
@@ -109,41 +128,53 @@ double timeKey(Desktop& desktop, EventClock& clock) {
     return time;
 }
 
-template <class Sample>
-void compare(const char* what, int count, const char* target, const char* tailTarget, const Sample& ours,
-             const Sample& theirs) {
-    std::vector<double> our;
-    std::vector<double> their;
-    for (int i = 0; i < count; ++i) {
-        our.push_back(ours());
-        their.push_back(theirs());
-        if (our.back() < 0 || their.back() < 0) throw std::runtime_error(std::string(what) + ": nothing happened");
+using Sample = std::function<double()>;
+
+// The samples of each, taken in turns.
+std::vector<std::vector<double>> takeInTurns(const char* what, int count, const std::vector<Sample>& samples) {
+    std::vector<std::vector<double>> times(samples.size());
+    for (int round = 0; round < count; ++round) {
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            times[i].push_back(samples[i]());
+            if (times[i].back() < 0) throw std::runtime_error(std::string(what) + ": nothing happened");
+        }
     }
+    return times;
+}
+
+void rows(const std::string& what, const std::vector<double>& ours, const std::vector<double>& theirs,
+          const char* target, const char* tailTarget) {
     for (const auto& [share, name, wanted] : {std::tuple{0.5, "median", target}, std::tuple{0.99, "p99", tailTarget}}) {
-        const double a = percentile(our, share);
-        const double b = percentile(their, share);
-        row((std::string(what) + ", " + name).c_str(), text(a, "µs"), text(b, "µs"), ratioText(a, b), wanted);
+        const double a = percentile(ours, share);
+        const double b = percentile(theirs, share);
+        row((what + ", " + name).c_str(), text(a, "µs"), text(b, "µs"), ratioText(a, b), wanted);
     }
 }
 
 void measureKeys(const Programs& programs) {
     Desktop with({.layouts = "us,ua"});
     Desktop without({.layouts = "us,ua"});
+    Desktop bare({.layouts = "us,ua"});
     storeConfiguration(with);
     useServersOwnSwitch(without);
+    const PipedProgram bareGrab(programs.bareGrab, bare);
     Program program(programs.quillmere, with);
     if (!program.waitForGrab(keys::space, superModifier) || !program.waitForTrayItem())
         throw std::runtime_error("the program does not start");
     EventClock withClock(with.display());
     EventClock withoutClock(without.display());
-    std::function<double()> ours = [&] { return timeSwitch(with, withClock); };
-    std::function<double()> theirs = [&] { return timeSwitch(without, withoutClock); };
-    for (int i = 0; i < 20; ++i)
-        ours(), theirs();
-    compare("key press → new layout seen by another program", switchSamples, "≤ 1.5 ×", "≤ 2 ×", ours, theirs);
-    ours = [&] { return timeKey(with, withClock); };
-    theirs = [&] { return timeKey(without, withoutClock); };
-    compare("ordinary key → focused program", typingSamples, "≈ 1 ×", "≈ 1 ×", ours, theirs);
+    EventClock bareClock(bare.display());
+    const std::vector<Sample> switches{[&] { return timeSwitch(with, withClock); },
+                                       [&] { return timeSwitch(without, withoutClock); },
+                                       [&] { return timeSwitch(bare, bareClock); }};
+    takeInTurns("the first switches", 20, switches);
+    const auto switchTimes = takeInTurns("a switch", switchSamples, switches);
+    rows("key press → new layout seen by another program", switchTimes[0], switchTimes[1], "≤ 1.5 ×", "≤ 2 ×");
+    rows("the same, against a bare loop that grabs and switches", switchTimes[0], switchTimes[2], "–", "–");
+    const auto keyTimes =
+        takeInTurns("an ordinary key", typingSamples,
+                    {[&] { return timeKey(with, withClock); }, [&] { return timeKey(without, withoutClock); }});
+    rows("ordinary key → focused program", keyTimes[0], keyTimes[1], "≈ 1 ×", "≈ 1 ×");
 }
 
 void measurePlate(const Programs& programs, bool hasCompositor) {
@@ -190,12 +221,8 @@ double timeStart(const Programs& programs, Desktop& desktop) {
 }
 
 double timeMinimalStart(const Programs& programs, Desktop& desktop) {
-    support::StartupPipe ready;
     const Clock::time_point start = Clock::now();
-    ChildProcess program({.arguments = {programs.minimalTray.string(), std::to_string(ready.writeEnd())},
-                          .environment = desktop.environment(),
-                          .inheritedDescriptors = {ready.writeEnd()}});
-    if (ready.readLine().empty()) throw std::runtime_error("the minimal program does not start");
+    const PipedProgram program(programs.minimalTray, desktop);
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
@@ -245,12 +272,8 @@ Rest programAtRest(const Programs& programs, Desktop& desktop) {
 }
 
 Rest minimalProgramAtRest(const Programs& programs, Desktop& desktop) {
-    support::StartupPipe ready;
-    ChildProcess program({.arguments = {programs.minimalTray.string(), std::to_string(ready.writeEnd())},
-                          .environment = desktop.environment(),
-                          .inheritedDescriptors = {ready.writeEnd()}});
-    if (ready.readLine().empty()) throw std::runtime_error("the minimal program does not start");
-    return observeRest(program);
+    const PipedProgram program(programs.minimalTray, desktop);
+    return observeRest(program.process());
 }
 
 // One after the other: side by side they would share Qt's pages, which hides
@@ -270,11 +293,11 @@ void measureRest(const Programs& programs) {
 
 int main(int argc, char** argv) {
     using namespace quillmere::bench;
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: %s <quillmere> <minimal_tray>\n", argv[0]);
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: %s <quillmere> <minimal_tray> <bare_grab>\n", argv[0]);
         return EXIT_FAILURE;
     }
-    const Programs programs{argv[1], argv[2]};
+    const Programs programs{argv[1], argv[2], argv[3]};
     QCoreApplication application(argc, argv);
     try {
         measureKeys(programs);
