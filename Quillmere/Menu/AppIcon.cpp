@@ -29,7 +29,7 @@ void drawIcon(QPainter& painter, const QRect& rect) {
 }  // namespace
 
 QIcon AppIcon::make() {
-    return DrawnIcon::make(QStringLiteral("quillmere-app"), {16, 24, 32, 48, 64, 128}, drawIcon);
+    return DrawnIcon::make({16, 24, 32, 48, 64, 128}, drawIcon);
 }
 
 }  // namespace quillmere

@@ -4,14 +4,15 @@
 #include <QPainter>
 #include <QPixmap>
 
+#include <utility>
+
 namespace quillmere {
 
 namespace {
 
 class DrawnIconEngine : public QIconEngine {
 public:
-    DrawnIconEngine(QString name, const std::vector<int>& sides, DrawnIcon::Draw draw)
-        : name_(std::move(name)), sides_(sides), draw_(std::move(draw)) {}
+    DrawnIconEngine(const std::vector<int>& sides, DrawnIcon::Draw draw) : sides_(sides), draw_(std::move(draw)) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
         painter->save();
@@ -34,19 +35,17 @@ public:
         return sizes;
     }
 
-    QIconEngine* clone() const override { return new DrawnIconEngine(name_, sides_, draw_); }
-    QString key() const override { return name_; }
+    QIconEngine* clone() const override { return new DrawnIconEngine(sides_, draw_); }
 
 private:
-    QString name_;
     std::vector<int> sides_;
     DrawnIcon::Draw draw_;
 };
 
 }  // namespace
 
-QIcon DrawnIcon::make(const QString& name, const std::vector<int>& sides, const Draw& draw) {
-    return QIcon(new DrawnIconEngine(name, sides, draw));
+QIcon DrawnIcon::make(const std::vector<int>& sides, const Draw& draw) {
+    return QIcon(new DrawnIconEngine(sides, draw));
 }
 
 }  // namespace quillmere

@@ -17,10 +17,9 @@ namespace DrawnIcon {
 /// Fills the rectangle, which is a square of one of the sizes asked for.
 using Draw = std::function<void(QPainter& painter, const QRect& rect)>;
 
-/// `name` tells this drawing from all others. `sides` are the sizes, in pixels,
-/// that those get a picture of who want to hear which there are: trays, task
-/// bars.
-QIcon make(const QString& name, const std::vector<int>& sides, const Draw& draw);
+/// `sides` are the sizes, in pixels, that those get a picture of who want to
+/// hear which there are: trays, task bars.
+QIcon make(const std::vector<int>& sides, const Draw& draw);
 
 }  // namespace DrawnIcon
 

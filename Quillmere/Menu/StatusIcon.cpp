@@ -88,7 +88,7 @@ QIcon StatusIcon::make(const QColor& color, bool dimmed) {
         if (dimmed) painter.setOpacity(painter.opacity() * dimmedOpacity);
         draw(painter, rect, color);
     };
-    return DrawnIcon::make(QStringLiteral("quillmere-spiral"), {16, 20, 22, 24, 32, 40, 44, 48, 64}, drawSpiral);
+    return DrawnIcon::make({16, 20, 22, 24, 32, 40, 44, 48, 64}, drawSpiral);
 }
 
 }  // namespace quillmere
