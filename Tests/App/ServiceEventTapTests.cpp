@@ -298,6 +298,29 @@ TEST_F(FallbackTapTest, ATapThatTheServiceTakesAwayIsReplaced) {
     EXPECT_EQ(displayServers->interest, controlSpace);
 }
 
+TEST_F(FallbackTapTest, AServiceThatNeedsLongToStartTakesOverWhenItIsThere) {
+    host->grant();
+    auto starting = host->stall();
+    make();
+    ASSERT_TRUE(installChoice());
+    ASSERT_EQ(displayServers->installCalls, 1);
+    EXPECT_EQ(displayServers->interest, controlSpace);
+    starting.reset();
+    EXPECT_TRUE(becomesGrabbed());
+    // With both, each press would switch twice.
+    EXPECT_EQ(displayServers->interest, KeyInterest{});
+    const KeyInterest optionSpace{.shortcuts = {{Shortcut::space, Modifiers::option}}};
+    choice->setInterest(optionSpace);
+    EXPECT_EQ(displayServers->interest, KeyInterest{});
+    host->type("+alt +space -space -alt");
+    EXPECT_TRUE(isTold(KeyEventType::keyUp));
+
+    host->revoke();
+    EXPECT_TRUE(waitUntil([&] { return displayServers->interest == optionSpace; }));
+    EXPECT_EQ(displayServers->installCalls, 1);
+    EXPECT_EQ(displayServers->enableCalls, 1);
+}
+
 // Asking for permission
 
 class PermissionRequestTest : public TapServiceTest {

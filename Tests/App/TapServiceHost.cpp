@@ -97,17 +97,35 @@ std::function<void(TapServiceHost::Service&)> TapServiceHost::takeJob() {
     return job;
 }
 
-void TapServiceHost::perform(const std::function<void(Service&)>& job) {
-    std::promise<void> done;
+void TapServiceHost::post(std::function<void(Service&)> job) {
     {
         const std::lock_guard lock(mutex_);
-        jobs_.emplace_back([&](Service& service) {
-            job(service);
-            done.set_value();
-        });
+        jobs_.push_back(std::move(job));
     }
     check(write(wake_[1], "j", 1) == 1 ? 0 : -1, "the service has ended");
+}
+
+void TapServiceHost::perform(const std::function<void(Service&)>& job) {
+    std::promise<void> done;
+    post([&](Service& service) {
+        job(service);
+        done.set_value();
+    });
     done.get_future().wait();
+}
+
+std::shared_ptr<void> TapServiceHost::stall() {
+    auto end = std::make_unique<std::promise<void>>();
+    std::promise<void> begun;
+    post([&begun, ended = end->get_future().share()](Service&) {
+        begun.set_value();
+        ended.wait();
+    });
+    begun.get_future().wait();
+    return {end.release(), [](std::promise<void>* promise) {
+                promise->set_value();
+                delete promise;
+            }};
 }
 
 void TapServiceHost::grant() {

@@ -9,6 +9,7 @@
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -40,13 +41,18 @@ public:
     bool isGrabbed();
     std::size_t tapCount();
     bool isBusy();
+    /// The service does nothing at all, from now on until the result is
+    /// dropped, as one that is still being started.
+    [[nodiscard]] std::shared_ptr<void> stall();
 
 private:
     struct Service;
 
     void run();
     std::function<void(Service&)> takeJob();
-    /// In the service's thread.
+    /// Does it in the service's thread.
+    void post(std::function<void(Service&)> job);
+    /// The same, and waits.
     void perform(const std::function<void(Service&)>& job);
 
     std::string busAddress_;

@@ -86,6 +86,7 @@ void ServiceEventTap::answered() {
     // Not deleted at once: this may be its own signal.
     question_->disconnect();
     question_.release()->deleteLater();
+    if (reply.error().type() != QDBusError::NoReply) hasSpoken_ = true;
     if (!reply.isError()) open(fcntl(reply.value().fileDescriptor(), F_DUPFD_CLOEXEC, 0));
     if (!socket_ && std::exchange(asksAgain_, false)) ask(patience);
     if (socket_ || !isInstalled_) return;
@@ -104,7 +105,8 @@ void ServiceEventTap::open(int descriptor) {
     if (!socket_) return;
     openFor_.start();
     connect(&socket_->notifier(), &QSocketNotifier::activated, this, [this] { receive(); });
-    if (isInstalled_) send(interest_);
+    if (isInstalled_) return send(interest_);
+    emit opened();
 }
 
 void ServiceEventTap::close() {

@@ -36,7 +36,13 @@ public:
     /// Asks for a tap, unless there is one: the permission has just come.
     void request();
 
+    /// Whether the service has not said anything yet, as while it is being
+    /// started.
+    bool isStarting() const { return question_ != nullptr && !hasSpoken_; }
+
 signals:
+    /// There is a tap to be had: the next `install` returns true.
+    void opened();
     /// An installed tap has gone, and the service gives no other for now.
     void lost();
 
@@ -62,6 +68,7 @@ private:
     bool asksAgain_ = false;  ///< the answer that is on its way may be out of date
     bool isReceiving_ = false;
     bool hasWaited_ = false;
+    bool hasSpoken_ = false;
     bool isInstalled_ = false;
     bool fnIsDown_ = false;  ///< as the callback was last told
     QElapsedTimer openFor_;
