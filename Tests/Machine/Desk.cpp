@@ -171,9 +171,12 @@ void Desk::take(Device& device, const input_event& event) {
     if (event.type == EV_SYN && event.code == SYN_DROPPED) hasLostEvents_ = true;
     if (event.type == EV_KEY && event.value == 1) device.down.insert(event.code);
     if (event.type == EV_KEY && event.value == 0) device.down.erase(event.code);
-    events_.push_back(
-        {device.name, device.isClone, event.type, event.code, event.value,
-         std::chrono::seconds(event.input_event_sec) + std::chrono::microseconds(event.input_event_usec)});
+    const std::chrono::nanoseconds time =
+        std::chrono::seconds(event.input_event_sec) + std::chrono::microseconds(event.input_event_usec);
+    // Of two devices with news the one that happens to be read first need not
+    // be the one that was first.
+    events_.insert(std::ranges::upper_bound(events_, time, {}, &DeskEvent::time),
+                   {device.name, device.isClone, event.type, event.code, event.value, time});
 }
 
 }  // namespace quillmere::machine

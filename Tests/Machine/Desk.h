@@ -40,6 +40,7 @@ public:
     /// Forgets the events up to now.
     void clear();
 
+    /// In the order in which they happened.
     std::vector<DeskEvent> events() const;
     /// The keys that went down and up, without repeats, on all devices.
     std::vector<KeyStroke> strokes() const;

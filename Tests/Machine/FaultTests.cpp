@@ -82,7 +82,8 @@ protected:
     /// A new channel does what the old one did.
     void listenAgain() {
         ASSERT_TRUE(waitUntil([&] { return desk_.keysDown().empty(); })) << desk_.describe();
-        ASSERT_EQ(owner().open(), "");
+        // A call may still have reached the service that is just dying.
+        ASSERT_TRUE(waitUntil([&] { return owner().open().empty(); }));
         listen(TapOwner::Answer::swallow);
         monitor().type(ctrlSpaceStrokes);
         EXPECT_TRUE(hasGot(ctrlStrokes));
