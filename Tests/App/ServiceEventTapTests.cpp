@@ -10,6 +10,8 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+#include <chrono>
+#include <thread>
 #include <vector>
 
 namespace quillmere {
@@ -43,7 +45,7 @@ class ServiceEventTapTest : public TapServiceTest {
 protected:
     void install() {
         host->grant();
-        tap.emplace(client);
+        tap.emplace(client, support::patience);
         tap->setInterest(controlSpace);
         ASSERT_TRUE(tap->install(listener.callback(*tap)));
         ASSERT_TRUE(becomesGrabbed());
@@ -68,7 +70,7 @@ TEST_F(ServiceEventTapTest, AGrantedUsersTapIsThereWithTheFirstProbe) {
 }
 
 TEST_F(ServiceEventTapTest, WithoutAGrantItIsRefusedAndComesWithALaterProbe) {
-    tap.emplace(client);
+    tap.emplace(client, support::patience);
     EXPECT_FALSE(tap->install(listener.callback(*tap)));
     EXPECT_FALSE(tap->install(listener.callback(*tap)));
     host->grant();
@@ -76,7 +78,7 @@ TEST_F(ServiceEventTapTest, WithoutAGrantItIsRefusedAndComesWithALaterProbe) {
 }
 
 TEST_F(ServiceEventTapTest, AskedForInTimeItIsThereWithTheNextProbe) {
-    tap.emplace(client);
+    tap.emplace(client, support::patience);
     EXPECT_FALSE(tap->install(listener.callback(*tap)));
     host->grant();
     tap->request();
@@ -86,12 +88,33 @@ TEST_F(ServiceEventTapTest, AskedForInTimeItIsThereWithTheNextProbe) {
 
 TEST_F(ServiceEventTapTest, WithoutTheServiceItIsRefusedAtOnce) {
     host.reset();
-    tap.emplace(client);
+    tap.emplace(client, support::patience);
     EXPECT_FALSE(tap->install(listener.callback(*tap)));
 }
 
+TEST_F(ServiceEventTapTest, AServiceThatIsStillStartingIsWaitedFor) {
+    host->grant();
+    auto starting = host->stall();
+    tap.emplace(client, support::patience);
+    const std::jthread start([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        starting.reset();
+    });
+    EXPECT_TRUE(tap->install(listener.callback(*tap)));
+}
+
+TEST_F(ServiceEventTapTest, AServiceThatNeedsTooLongIsNotWaitedFor) {
+    host->grant();
+    auto starting = host->stall();
+    tap.emplace(client, std::chrono::milliseconds(100));
+    EXPECT_FALSE(tap->install(listener.callback(*tap)));
+    EXPECT_TRUE(tap->isStarting());
+    starting.reset();
+    EXPECT_TRUE(waitUntil([&] { return tap->install(listener.callback(*tap)); }));
+}
+
 TEST_F(ServiceEventTapTest, WithoutABusItIsRefusedAtOnce) {
-    tap.emplace(QDBusConnection("no such connection"));
+    tap.emplace(QDBusConnection("no such connection"), support::patience);
     EXPECT_FALSE(tap->install(listener.callback(*tap)));
     tap->enable();
     tap->setInterest(controlSpace);
@@ -207,7 +230,7 @@ TEST_F(ServiceEventTapTest, AfterTheServiceHasBeenRestartedItIsThereAgain) {
 TEST_F(ServiceEventTapTest, AnotherProgramOfTheSessionIsNotFoughtOverTheTap) {
     install();
     Listener second;
-    ServiceEventTap other(client);
+    ServiceEventTap other(client, support::patience);
     other.setInterest(controlSpace);
     ASSERT_TRUE(other.install(second.callback(other)));
     host->type("+ctrl +space");
@@ -244,10 +267,13 @@ TEST_F(ServiceEventTapTest, ARevokedTapIsLost) {
 
 class FallbackTapTest : public ServiceEventTapTest {
 protected:
+    /// What a service that starts at once needs on any machine is less.
+    static constexpr std::chrono::milliseconds firstWait{1000};
+
     void make() {
         auto second = std::make_unique<FakeEventTap>();
         displayServers = second.get();
-        choice.emplace(std::make_unique<ServiceEventTap>(client), std::move(second));
+        choice.emplace(std::make_unique<ServiceEventTap>(client, firstWait), std::move(second));
         choice->setInterest(controlSpace);
     }
     bool installChoice() { return choice->install(listener.callback(*choice)); }

@@ -15,13 +15,26 @@
 
 #include <QPointer>
 
+#include <chrono>
 #include <utility>
 
 namespace quillmere {
 
+namespace {
+
+/// How long the start may wait for the key-tap service. An X server's own tap
+/// does until it is there. A Wayland desktop has none: before the service has
+/// answered nothing can be switched, and to ask the user for the permission
+/// would be wrong most of the time.
+std::chrono::seconds serviceWait() {
+    return std::chrono::seconds(qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ? 2 : 10);
+}
+
+}  // namespace
+
 Platform makePlatform() {
     // First, since the service may have to be started meanwhile.
-    auto serviceTap = std::make_unique<ServiceEventTap>();
+    auto serviceTap = std::make_unique<ServiceEventTap>(QDBusConnection::systemBus(), serviceWait());
     auto workspace = std::make_unique<DesktopWorkspace>();
     auto permissionRequest =
         std::make_unique<ServicePermissionRequest>(*workspace, ServicePermissionRequest::standardDocumentation());

@@ -36,7 +36,8 @@ bool isQuestion(const tap::ServiceMessage& message) {
 
 }  // namespace
 
-ServiceEventTap::ServiceEventTap(const QDBusConnection& bus) : bus_(bus), retryDelay_(firstRetry) {
+ServiceEventTap::ServiceEventTap(const QDBusConnection& bus, std::chrono::milliseconds firstWait)
+    : bus_(bus), retryDelay_(firstRetry) {
     retryTimer_.setSingleShot(true);
     connect(&retryTimer_, &QTimer::timeout, this, [this] { ask(patience); });
     ask(firstWait);

@@ -21,12 +21,10 @@ namespace quillmere {
 class ServiceEventTap final : public QObject, public EventTap {
     Q_OBJECT
 public:
-    /// How long the first `install` waits for the service at the most: it may
-    /// have to be started. No later call waits.
-    static constexpr std::chrono::milliseconds firstWait{2000};
-
     /// Asks for a tap at once, so that the answer is there when it is needed.
-    explicit ServiceEventTap(const QDBusConnection& bus = QDBusConnection::systemBus());
+    /// `firstWait` is how long the first `install` waits for it at the most: the
+    /// service may have to be started. No later call waits.
+    ServiceEventTap(const QDBusConnection& bus, std::chrono::milliseconds firstWait);
     ~ServiceEventTap() override;
 
     bool install(Callback callback) override;
