@@ -267,10 +267,7 @@ TEST_F(ServiceEventTapTest, ARevokedTapIsLost) {
 
 class FallbackTapTest : public ServiceEventTapTest {
 protected:
-    /// What a service that starts at once needs on any machine is less.
-    static constexpr std::chrono::milliseconds firstWait{1000};
-
-    void make() {
+    void make(std::chrono::milliseconds firstWait = support::patience) {
         auto second = std::make_unique<FakeEventTap>();
         displayServers = second.get();
         choice.emplace(std::make_unique<ServiceEventTap>(client, firstWait), std::move(second));
@@ -327,7 +324,7 @@ TEST_F(FallbackTapTest, ATapThatTheServiceTakesAwayIsReplaced) {
 TEST_F(FallbackTapTest, AServiceThatNeedsLongToStartTakesOverWhenItIsThere) {
     host->grant();
     auto starting = host->stall();
-    make();
+    make(std::chrono::milliseconds(100));
     ASSERT_TRUE(installChoice());
     ASSERT_EQ(displayServers->installCalls, 1);
     EXPECT_EQ(displayServers->interest, controlSpace);
