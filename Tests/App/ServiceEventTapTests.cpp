@@ -333,7 +333,10 @@ TEST_F(FallbackTapTest, AServiceThatNeedsLongToStartTakesOverWhenItIsThere) {
     // With both, each press would switch twice.
     EXPECT_EQ(displayServers->interest, KeyInterest{});
     const KeyInterest optionSpace{.shortcuts = {{Shortcut::space, Modifiers::option}}};
+    choice->setInterest({});
+    EXPECT_TRUE(waitUntil([this] { return !host->isGrabbed(); }));
     choice->setInterest(optionSpace);
+    EXPECT_TRUE(becomesGrabbed());
     EXPECT_EQ(displayServers->interest, KeyInterest{});
     host->type("+alt +space -space -alt");
     EXPECT_TRUE(isTold(KeyEventType::keyUp));

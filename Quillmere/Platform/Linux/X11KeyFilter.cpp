@@ -320,8 +320,9 @@ void X11KeyFilter::replayToClient() {
     XIAllowEvents(connection_.display(), connection_.masterKeyboard(), XIReplayDevice, CurrentTime);
     grabbingKey_ = 0;
     recording_.forget();
-    XFlush(connection_.display());
+    // Sent together, since no key must come between: it would reach the client.
     updateRecording();
+    XFlush(connection_.display());
 }
 
 void X11KeyFilter::tellRelease(unsigned int keyCode, unsigned long time) {
