@@ -11,6 +11,8 @@
 #include <QTimer>
 
 #include <chrono>
+#include <fstream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -40,6 +42,15 @@ struct Listener {
         return static_cast<std::size_t>(std::ranges::count(events, type, &KeyEventFields::type));
     }
 };
+
+/// The state is the first word behind the name, which is in brackets
+/// (proc_pid_stat(5)).
+bool isMainThreadAsleep() {
+    std::ifstream file("/proc/self/stat");
+    std::string line;
+    std::getline(file, line);
+    return line.substr(line.rfind(')')).starts_with(") S");
+}
 
 class ServiceEventTapTest : public TapServiceTest {
 protected:
@@ -97,7 +108,8 @@ TEST_F(ServiceEventTapTest, AServiceThatIsStillStartingIsWaitedFor) {
     auto starting = host->stall();
     tap.emplace(client, support::patience);
     const std::jthread start([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        while (!isMainThreadAsleep())
+            std::this_thread::yield();
         starting.reset();
     });
     EXPECT_TRUE(tap->install(listener.callback(*tap)));

@@ -185,8 +185,9 @@ TEST_F(VerdictExchangeTest, ManyQuestionsWithAndWithoutTimeOutsNeverGetEachOther
     VerdictExchange exchange(callback(), 1ms);
     onDelivery = [&](const KeyEventFields& event) {
         if (event.type == KeyEventType::tapDisabledByTimeout) exchange.enable();
-        // Around the patience, so that answers come on either side of it.
-        if (event.keyCode % 5 == 0) std::this_thread::sleep_for(1ms);
+        // Until just after the asker has given up.
+        while (event.keyCode % 5 == 0 && event.type == KeyEventType::keyDown && exchange.isEnabled())
+            std::this_thread::yield();
     };
     decide = [](std::int64_t key) { return key % 2 == 1 ? InterceptDecision::swallow : InterceptDecision::pass; };
     int wronglySwallowed = 0;

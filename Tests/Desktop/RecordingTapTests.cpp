@@ -1,19 +1,13 @@
 #include "Tests/Desktop/TapTest.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <vector>
 
 // While the user records a shortcut.
 namespace quillmere::support {
 
 namespace {
 
-using Types = std::vector<std::uint32_t>;
-using KeyEventType::flagsChanged;
-using KeyEventType::keyDown;
-using KeyEventType::keyUp;
-using KeyEventType::tapDisabledByTimeout;
+using namespace KeyEventType;
 
 class RecordingTapTest : public TapTest {
 protected:

@@ -73,8 +73,8 @@ std::size_t TapTest::count(std::uint32_t type) const {
     return static_cast<std::size_t>(std::ranges::count(events, type, &KeyEventFields::type));
 }
 
-std::vector<std::uint32_t> TapTest::types() const {
-    std::vector<std::uint32_t> result;
+TapTest::Types TapTest::types() const {
+    Types result;
     std::ranges::transform(events, std::back_inserter(result), &KeyEventFields::type);
     return result;
 }

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -23,6 +25,8 @@ namespace quillmere::support {
 /// that looks on. This thread is the tap's main thread.
 class TapTest : public testing::Test {
 protected:
+    using Types = std::vector<std::uint32_t>;
+
     static constexpr std::array<Key, 2> controlAlt{keys::leftControl, keys::leftAlt};
     static constexpr Shortcut controlAltSpace{Shortcut::space, {Modifiers::control, Modifiers::option}};
     static constexpr std::uint64_t controlAltFlags = KeyEventFlags::control | KeyEventFlags::option;
@@ -46,7 +50,7 @@ protected:
     /// Waits until the tap has delivered this many events of this type.
     bool waitForEvents(std::uint32_t type, std::size_t count);
     std::size_t count(std::uint32_t type) const;
-    std::vector<std::uint32_t> types() const;
+    Types types() const;
 
     TemporaryFolder folder;
     Environment environment;

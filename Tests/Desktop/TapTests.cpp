@@ -13,11 +13,7 @@ namespace quillmere::support {
 
 namespace {
 
-using Types = std::vector<std::uint32_t>;
-using KeyEventType::flagsChanged;
-using KeyEventType::keyDown;
-using KeyEventType::keyUp;
-using KeyEventType::systemDefined;
+using namespace KeyEventType;
 
 TEST_F(TapTest, OrdinaryTypingIsNotDelivered) {
     install({.shortcuts = {controlAltSpace}});

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdint>
-#include <vector>
 
 // What holds for a shortcut however it is typed. From a hand, the modifiers are
 // down for a while, and the tap hears of the press before its grab delivers it;
@@ -12,10 +10,7 @@ namespace quillmere::support {
 
 namespace {
 
-using Types = std::vector<std::uint32_t>;
-using KeyEventType::keyDown;
-using KeyEventType::keyUp;
-using KeyEventType::tapDisabledByTimeout;
+using namespace KeyEventType;
 
 enum class Typing { byHand, burst };
 
