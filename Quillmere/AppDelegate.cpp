@@ -2,6 +2,7 @@
 
 #include "Quillmere/Menu/StatusItem.h"
 #include "Quillmere/Palette.h"
+#include "Quillmere/Platform/Memory.h"
 
 #include <QCoreApplication>
 
@@ -57,8 +58,11 @@ void AppDelegate::openSettings() {
     if (!settingsWindow_) {
         settingsWindow_ = std::make_unique<SettingsWindow>(model_, settings(), inputSources_, *platform_.workspace,
                                                            platform_.appearance->hasGlass());
-        // Else the keyboard tap would go on handing keys to a recorder that nobody sees.
-        settingsWindow_->onClose = [this] { model_.endRecording(); };
+        settingsWindow_->onClose = [this] {
+            // Else the keyboard tap would go on handing keys to a recorder that nobody sees.
+            model_.endRecording();
+            giveBackMemory();
+        };
     }
     settingsWindow_->open();
 }

@@ -1,6 +1,7 @@
 #include "Quillmere/Platform/Linux/XkbLayoutRegistry.h"
 
-#include <malloc.h>
+#include "Quillmere/Platform/Memory.h"
+
 #include <xkbcommon/xkbregistry.h>
 
 #include <algorithm>
@@ -37,12 +38,6 @@ bool areAllIn(const Known& known, const Keys& keys) {
     return std::ranges::all_of(keys, [&](const auto& key) { return known.contains(key); });
 }
 
-/// The registry is a document of some megabytes, read for a few names; the
-/// allocator would keep them for the life of the process.
-void giveBack() {
-    malloc_trim(0);
-}
-
 }  // namespace
 
 std::string XkbLayout::id() const {
@@ -56,7 +51,8 @@ std::vector<std::optional<XkbLayoutDescription>> XkbLayoutRegistry::describe(con
     if (!areAllIn(known_, layouts)) {
         learn(layouts, Part::main);
         if (!areAllIn(known_, layouts)) learn(layouts, Part::withRare);
-        giveBack();
+        // The list is a document of some megabytes, read for a few names.
+        giveBackMemory();
     }
     std::vector<std::optional<XkbLayoutDescription>> result;
     result.reserve(layouts.size());
@@ -70,7 +66,8 @@ std::vector<std::optional<XkbListedLayout>> XkbLayoutRegistry::named(const std::
     if (!areAllIn(knownNames_, names)) {
         learn(names, Part::main);
         if (!areAllIn(knownNames_, names)) learn(names, Part::withRare);
-        giveBack();
+        // The list is a document of some megabytes, read for a few names.
+        giveBackMemory();
     }
     std::vector<std::optional<XkbListedLayout>> result;
     result.reserve(names.size());
