@@ -1,5 +1,5 @@
 #include "Fuzz/Require.h"
-#include "Tests/Core/TapBench.h"
+#include "Tests/TapService/TapBench.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <linux/input-event-codes.h>

@@ -1,7 +1,7 @@
 #include "Quillmere/Menu/StatusItem.h"
 
 #include "Quillmere/Controls/WidgetPalette.h"
-#include "Quillmere/Menu/StatusIcon.h"
+#include "Quillmere/Icons/StatusIcon.h"
 
 #include <QAction>
 #include <QCursor>

@@ -2,7 +2,7 @@
 
 #include "Quillmere/Controls/AccentButtonStyle.h"
 #include "Quillmere/Controls/ChipButtonStyle.h"
-#include "Quillmere/Updates/WrappedLabel.h"
+#include "Quillmere/Controls/WrappedLabel.h"
 
 #include <QHBoxLayout>
 #include <QPainter>

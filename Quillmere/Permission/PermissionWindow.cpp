@@ -1,6 +1,6 @@
 #include "Quillmere/Permission/PermissionWindow.h"
 
-#include "Quillmere/Menu/AppIcon.h"
+#include "Quillmere/Icons/AppIcon.h"
 #include "Quillmere/Permission/PermissionView.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Quillmere/Switching/KeyEvent.h"
+#include "Quillmere/Platform/KeyEvent.h"
 #include "QuillmereCore/Shortcut.h"
 
 #include <functional>

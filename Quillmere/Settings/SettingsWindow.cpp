@@ -1,6 +1,6 @@
 #include "Quillmere/Settings/SettingsWindow.h"
 
-#include "Quillmere/Menu/AppIcon.h"
+#include "Quillmere/Icons/AppIcon.h"
 #include "Quillmere/Settings/SettingsView.h"
 
 #include <QCloseEvent>

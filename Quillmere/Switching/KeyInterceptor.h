@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Quillmere/Platform/EventTap.h"
+#include "Quillmere/Platform/KeyEvent.h"
 #include "Quillmere/Switching/InputSources.h"
-#include "Quillmere/Switching/KeyEvent.h"
 #include "QuillmereCore/Config.h"
 #include "QuillmereCore/FnGesture.h"
 

@@ -1,8 +1,8 @@
 #include "Quillmere/Updates/UpdateAlert.h"
 
 #include "Quillmere/Controls/AccentButtonStyle.h"
-#include "Quillmere/Menu/AppIcon.h"
-#include "Quillmere/Updates/WrappedLabel.h"
+#include "Quillmere/Controls/WrappedLabel.h"
+#include "Quillmere/Icons/AppIcon.h"
 
 #include <QAccessible>
 #include <QGuiApplication>

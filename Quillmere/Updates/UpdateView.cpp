@@ -3,8 +3,8 @@
 #include "Quillmere/Controls/AccentButtonStyle.h"
 #include "Quillmere/Controls/ChipButtonStyle.h"
 #include "Quillmere/Controls/PaletteScrollArea.h"
+#include "Quillmere/Controls/WrappedLabel.h"
 #include "Quillmere/Updates/ByteCount.h"
-#include "Quillmere/Updates/WrappedLabel.h"
 
 #include <QApplication>
 #include <QHBoxLayout>

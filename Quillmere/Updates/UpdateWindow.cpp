@@ -1,6 +1,6 @@
 #include "Quillmere/Updates/UpdateWindow.h"
 
-#include "Quillmere/Menu/AppIcon.h"
+#include "Quillmere/Icons/AppIcon.h"
 #include "Quillmere/Updates/UpdateView.h"
 
 #include <QEvent>

@@ -1,4 +1,4 @@
-#include "Quillmere/Menu/AppIcon.h"
+#include "Quillmere/Icons/AppIcon.h"
 
 #include <QImage>
 #include <QPixmap>

@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/InfoBundle.h"
+#include "Quillmere/Platform/Linux/Desktop/InfoBundle.h"
 
 #include <gtest/gtest.h>
 

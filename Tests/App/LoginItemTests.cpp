@@ -1,5 +1,5 @@
-#include "Quillmere/Platform/Linux/DesktopEntry.h"
-#include "Quillmere/Platform/Linux/DesktopLoginItem.h"
+#include "Quillmere/Platform/Linux/Desktop/DesktopEntry.h"
+#include "Quillmere/Platform/Linux/Desktop/DesktopLoginItem.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/SqliteDefaults.h"
+#include "Quillmere/Platform/Linux/Desktop/SqliteDefaults.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>

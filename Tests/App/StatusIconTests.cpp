@@ -1,4 +1,4 @@
-#include "Quillmere/Menu/StatusIcon.h"
+#include "Quillmere/Icons/StatusIcon.h"
 
 #include <gtest/gtest.h>
 

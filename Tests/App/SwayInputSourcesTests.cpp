@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/SwayInputSources.h"
+#include "Quillmere/Platform/Linux/Sources/Sway/SwayInputSources.h"
 #include "Tests/App/FakeSway.h"
 #include "Tests/Support/TemporaryFolder.h"
 

@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/SwayKeyboards.h"
+#include "Quillmere/Platform/Linux/Sources/Sway/SwayKeyboards.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

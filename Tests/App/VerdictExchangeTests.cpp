@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/VerdictExchange.h"
+#include "Quillmere/Platform/Linux/Tap/X11/VerdictExchange.h"
 
 #include <QCoreApplication>
 #include <QThread>

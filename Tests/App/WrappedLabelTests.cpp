@@ -1,4 +1,4 @@
-#include "Quillmere/Updates/WrappedLabel.h"
+#include "Quillmere/Controls/WrappedLabel.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/X11Clock.h"
+#include "Quillmere/Platform/Linux/Tap/X11/X11Clock.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/KeyCodes.h"
+#include "Quillmere/Platform/Linux/Tap/KeyCodes.h"
 
 #include <gtest/gtest.h>
 

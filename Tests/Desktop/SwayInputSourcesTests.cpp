@@ -1,5 +1,5 @@
-#include "Quillmere/Platform/Linux/LinuxInputSources.h"
-#include "Quillmere/Platform/Linux/SwayInputSources.h"
+#include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
+#include "Quillmere/Platform/Linux/Sources/Sway/SwayInputSources.h"
 #include "Tests/Desktop/ListedSources.h"
 #include "Tests/Support/Sway.h"
 #include "Tests/Support/SwayKeyboard.h"

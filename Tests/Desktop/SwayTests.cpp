@@ -1,6 +1,6 @@
-#include "Tests/App/TapServiceHost.h"
 #include "Tests/Desktop/DesktopTest.h"
 #include "Tests/Support/Sway.h"
+#include "Tests/TapService/TapServiceHost.h"
 
 #include <algorithm>
 #include <csignal>

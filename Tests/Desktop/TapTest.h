@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Quillmere/Platform/Linux/X11EventTap.h"
-#include "Quillmere/Platform/Linux/XkbInputSources.h"
+#include "Quillmere/Platform/Linux/Sources/Xkb/XkbInputSources.h"
+#include "Quillmere/Platform/Linux/Tap/X11/X11EventTap.h"
 #include "Tests/Support/TemporaryFolder.h"
 #include "Tests/Support/Typist.h"
 #include "Tests/Support/WaitUntil.h"

@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/XkbInputSources.h"
+#include "Quillmere/Platform/Linux/Sources/Xkb/XkbInputSources.h"
 #include "Tests/Desktop/ListedSources.h"
 #include "Tests/Support/TemporaryFolder.h"
 #include "Tests/Support/WaitUntil.h"

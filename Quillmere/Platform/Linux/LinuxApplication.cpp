@@ -1,5 +1,7 @@
 #include "Quillmere/Platform/Application.h"
 
+#include "Quillmere/Platform/Linux/LinuxSession.h"
+
 namespace quillmere {
 
 namespace {
@@ -9,8 +11,8 @@ constexpr const char* choice = "QT_QPA_PLATFORM";
 /// Whether the desktop is a Wayland one that has an X server too, and the user
 /// has not chosen between them.
 bool prefersXwayland() {
-    return !qEnvironmentVariableIsSet(choice) && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
-           && !qEnvironmentVariableIsEmpty("DISPLAY");
+    const LinuxSession session = LinuxSession::current();
+    return !qEnvironmentVariableIsSet(choice) && session.hasWayland && session.hasX11;
 }
 
 }  // namespace

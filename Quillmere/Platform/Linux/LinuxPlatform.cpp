@@ -1,17 +1,18 @@
-#include "Quillmere/Platform/Linux/DesktopLoginItem.h"
-#include "Quillmere/Platform/Linux/DesktopWorkspace.h"
-#include "Quillmere/Platform/Linux/FallbackEventTap.h"
-#include "Quillmere/Platform/Linux/InfoBundle.h"
-#include "Quillmere/Platform/Linux/LinuxInputSources.h"
-#include "Quillmere/Platform/Linux/PortalAppearance.h"
-#include "Quillmere/Platform/Linux/QtMainQueue.h"
-#include "Quillmere/Platform/Linux/ServiceEventTap.h"
-#include "Quillmere/Platform/Linux/ServicePermissionRequest.h"
-#include "Quillmere/Platform/Linux/SqliteDefaults.h"
-#include "Quillmere/Platform/Linux/StatusNotifierHost.h"
-#include "Quillmere/Platform/Linux/X11EventTap.h"
-#include "Quillmere/Platform/Linux/X11PlatePanel.h"
+#include "Quillmere/Platform/Linux/Desktop/DesktopLoginItem.h"
+#include "Quillmere/Platform/Linux/Desktop/DesktopWorkspace.h"
+#include "Quillmere/Platform/Linux/Desktop/InfoBundle.h"
+#include "Quillmere/Platform/Linux/Desktop/PortalAppearance.h"
+#include "Quillmere/Platform/Linux/Desktop/SqliteDefaults.h"
+#include "Quillmere/Platform/Linux/Desktop/StatusNotifierHost.h"
+#include "Quillmere/Platform/Linux/LinuxSession.h"
+#include "Quillmere/Platform/Linux/Plate/X11PlatePanel.h"
+#include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
+#include "Quillmere/Platform/Linux/Tap/FallbackEventTap.h"
+#include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
+#include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
+#include "Quillmere/Platform/Linux/Tap/X11/X11EventTap.h"
 #include "Quillmere/Platform/Platform.h"
+#include "Quillmere/Platform/Qt/QtMainQueue.h"
 
 #include <QPointer>
 
@@ -26,15 +27,16 @@ namespace {
 /// does until it is there. A Wayland desktop has none: before the service has
 /// answered nothing can be switched, and to ask the user for the permission
 /// would be wrong most of the time.
-std::chrono::seconds serviceWait() {
-    return std::chrono::seconds(qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ? 2 : 10);
+std::chrono::seconds serviceWait(const LinuxSession& session) {
+    return std::chrono::seconds(session.hasWayland ? 10 : 2);
 }
 
 }  // namespace
 
 Platform makePlatform() {
     // First, since the service may have to be started meanwhile.
-    auto serviceTap = std::make_unique<ServiceEventTap>(QDBusConnection::systemBus(), serviceWait());
+    auto serviceTap =
+        std::make_unique<ServiceEventTap>(QDBusConnection::systemBus(), serviceWait(LinuxSession::current()));
     auto workspace = std::make_unique<DesktopWorkspace>();
     auto permissionRequest =
         std::make_unique<ServicePermissionRequest>(*workspace, ServicePermissionRequest::standardDocumentation());

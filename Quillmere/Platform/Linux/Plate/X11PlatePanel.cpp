@@ -1,0 +1,160 @@
+#include "Quillmere/Platform/Linux/Plate/X11PlatePanel.h"
+
+#include <QGraphicsOpacityEffect>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <string_view>
+#include <utility>
+
+namespace quillmere {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// About 60 Hz, and only while a fade runs.
+constexpr auto fadeStepTime = 16ms;
+
+// That of Xwayland under wlroots before 0.18: it blends windows, but not by
+// their opacity.
+constexpr std::string_view deafWindowManager = "wlroots wm";
+
+std::unique_ptr<QWidget> makeWindow() {
+    auto window =
+        std::make_unique<QWidget>(nullptr, Qt::ToolTip | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint
+                                               | Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus);
+    window->setAttribute(Qt::WA_TranslucentBackground);
+    window->setAttribute(Qt::WA_ShowWithoutActivating);
+    window->setObjectName("plate");
+    window->setWindowTitle("Quillmere plate");
+    window->resize(200, 60);
+    // The first switch should not pay for making the native window.
+    window->winId();
+    // Compositors' own rules draw tool tips translucent and fade them in. Qt
+    // ignores the type of a window that is not there yet.
+    window->setAttribute(Qt::WA_X11NetWmWindowTypeNotification);
+    return window;
+}
+
+// Compositors draw a square shadow behind the rounded plate, except behind a
+// window that says it brings its own.
+void refuseShadow(const QtX11& x11, xcb_window_t window) {
+    constexpr std::array<std::uint32_t, 4> extents{};
+    xcb_change_property(x11.connection(), XCB_PROP_MODE_REPLACE, window, x11.atom("_GTK_FRAME_EXTENTS"),
+                        XCB_ATOM_CARDINAL, 32, extents.size(), extents.data());
+}
+
+}  // namespace
+
+X11PlatePanel::X11PlatePanel() : x11_(QtX11::current()), window_(makeWindow()) {
+    if (x11_) {
+        compositorSelection_ = x11_->screenSelection("_NET_WM_CM_S");
+        isOpacityHeeded_ = x11_->windowManagerName() != deafWindowManager;
+        refuseShadow(*x11_, static_cast<xcb_window_t>(window_->winId()));
+    }
+    fadeStep_.setTimerType(Qt::PreciseTimer);
+    fadeStep_.setInterval(fadeStepTime);
+    QObject::connect(&fadeStep_, &QTimer::timeout, window_.get(), [this] { stepFade(); });
+}
+
+X11PlatePanel::~X11PlatePanel() = default;
+
+void X11PlatePanel::setContent(QWidget* content) {
+    delete std::exchange(content_, content);
+    content->setParent(window_.get());
+    content->move(0, 0);
+    content->show();
+}
+
+void X11PlatePanel::setFrame(const QRectF& frame) {
+    const QPoint origin(static_cast<int>(std::lround(frame.x())), static_cast<int>(std::lround(frame.y())));
+    window_->setGeometry(QRect(origin, frame.size().toSize()));
+    // The content's own mask cuts the window too: without a compositor nothing
+    // else keeps its corners from showing black.
+    window_->setMask(content_ ? content_->mask() : QRegion());
+}
+
+QRectF X11PlatePanel::visibleFrame() const {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? QRectF(screen->availableGeometry()) : QRectF();
+}
+
+void X11PlatePanel::setAlpha(double alpha) {
+    ++fadeNumber_;
+    fade_.reset();
+    fadeStep_.stop();
+    applyAlpha(alpha);
+}
+
+void X11PlatePanel::fade(double alpha, double seconds, std::function<void()> completion) {
+    const int number = ++fadeNumber_;
+    fade_ = Fade{.from = alpha_, .to = alpha, .seconds = seconds, .clock = {}};
+    fade_->clock.start();
+    if (canFade()) fadeStep_.start();
+    const auto duration = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+    QTimer::singleShot(duration, Qt::PreciseTimer, window_.get(),
+                       [this, number, completion = std::move(completion)] { endFade(number, completion); });
+}
+
+void X11PlatePanel::orderFront() {
+    window_->show();
+    window_->raise();
+}
+
+void X11PlatePanel::orderOut() {
+    window_->hide();
+}
+
+bool X11PlatePanel::isTranslucent() const {
+    // Asked each time: a compositor may start or end at any moment, and the
+    // round trip costs less than following it. Other display servers always blend.
+    return !x11_ || x11_->isOwned(compositorSelection_);
+}
+
+bool X11PlatePanel::canFade() const {
+    return x11_ && isTranslucent();
+}
+
+void X11PlatePanel::stepFade() {
+    const double passed = static_cast<double>(fade_->clock.nsecsElapsed()) / 1e9;
+    const double done = std::min(passed / fade_->seconds, 1.0);
+    applyAlpha(fade_->from + (fade_->to - fade_->from) * done);
+}
+
+void X11PlatePanel::endFade(int number, const std::function<void()>& completion) {
+    if (number == fadeNumber_) setAlpha(fade_->to);
+    if (completion) completion();
+}
+
+void X11PlatePanel::applyAlpha(double alpha) {
+    alpha_ = alpha;
+    // No other display server lets a client fade its window.
+    if (!x11_) return;
+    if (!isOpacityHeeded_) {
+        paintAt(alpha);
+        return;
+    }
+    window_->setWindowOpacity(alpha);
+    // Qt does not flush this property, so a step would wait for the next event.
+    xcb_flush(x11_->connection());
+}
+
+/// Not the way for every compositor: each step draws the plate anew.
+void X11PlatePanel::paintAt(double alpha) {
+    if (content_ == nullptr) return;
+    if (alpha == 1) {
+        content_->setGraphicsEffect(nullptr);
+        return;
+    }
+    auto* effect = qobject_cast<QGraphicsOpacityEffect*>(content_->graphicsEffect());
+    if (effect == nullptr) content_->setGraphicsEffect(effect = new QGraphicsOpacityEffect);
+    effect->setOpacity(alpha);
+}
+
+}  // namespace quillmere

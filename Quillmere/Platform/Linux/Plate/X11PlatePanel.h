@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Quillmere/Platform/Linux/X11/QtX11.h"
+#include "Quillmere/Platform/PlatePanel.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+namespace quillmere {
+
+/// The plate's panel as a window that the window manager does not manage, since
+/// a managed one never shows above a full-screen window. Made once, kept and
+/// shown again. Main thread only.
+class X11PlatePanel : public PlatePanel {
+public:
+    /// Makes the hidden window. Needs the application object.
+    X11PlatePanel();
+    ~X11PlatePanel() override;
+
+    void setContent(QWidget* content) override;
+    void setFrame(const QRectF& frame) override;
+    QRectF visibleFrame() const override;
+    void setAlpha(double alpha) override;
+    double alpha() const override { return alpha_; }
+    /// Without a compositor, and on other displays than X11, nothing is seen
+    /// of it until its end.
+    void fade(double alpha, double seconds, std::function<void()> completion) override;
+    void orderFront() override;
+    void orderOut() override;
+    bool isTranslucent() const override;
+
+private:
+    struct Fade {
+        double from;
+        double to;
+        double seconds;
+        QElapsedTimer clock;
+    };
+
+    bool canFade() const;
+    void stepFade();
+    void endFade(int number, const std::function<void()>& completion);
+    void applyAlpha(double alpha);
+    void paintAt(double alpha);
+
+    std::optional<QtX11> x11_;
+    xcb_atom_t compositorSelection_ = XCB_ATOM_NONE;
+    /// Whether the compositor makes a window as opaque as it asks to be.
+    bool isOpacityHeeded_ = true;
+    std::unique_ptr<QWidget> window_;
+    QWidget* content_ = nullptr;  ///< owned by the window
+    double alpha_ = 1;
+    std::optional<Fade> fade_;
+    int fadeNumber_ = 0;  ///< counts fades and what overtakes them
+    QTimer fadeStep_;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,58 @@
+#include "Quillmere/Platform/Linux/Tap/FallbackEventTap.h"
+
+#include <utility>
+
+namespace quillmere {
+
+FallbackEventTap::FallbackEventTap(std::unique_ptr<ServiceEventTap> service, std::unique_ptr<EventTap> displayServer)
+    : service_(std::move(service)), displayServer_(std::move(displayServer)) {
+    connect(service_.get(), &ServiceEventTap::lost, this, [this] { installDisplayServers(); });
+    connect(service_.get(), &ServiceEventTap::opened, this, [this] { takeOver(); });
+}
+
+bool FallbackEventTap::install(Callback callback) {
+    callback_ = std::move(callback);
+    if (service_->install(callback_)) {
+        inUse_ = service_.get();
+        return true;
+    }
+    return installDisplayServers();
+}
+
+bool FallbackEventTap::installDisplayServers() {
+    displayServer_->setInterest(interest_);
+    if (isDisplayServersInstalled_) {
+        // The callback may have been told that it is disabled when the other
+        // was in use already.
+        displayServer_->enable();
+    } else if (!displayServer_->install(callback_)) {
+        return false;
+    }
+    isDisplayServersInstalled_ = true;
+    inUse_ = displayServer_.get();
+    // Not both: each press would switch twice. Not at once: its signal may be
+    // what has called.
+    if (service_ && !service_->isStarting()) service_.release()->deleteLater();
+    return true;
+}
+
+/// Where nothing is in use yet, the next `install` will ask.
+void FallbackEventTap::takeOver() {
+    if (inUse_ != displayServer_.get()) return;
+    // Without an interest it holds no key, and is there should the service go.
+    displayServer_->setInterest({});
+    inUse_ = service_.get();
+    service_->install(callback_);
+}
+
+void FallbackEventTap::enable() {
+    if (inUse_ != nullptr) inUse_->enable();
+}
+
+void FallbackEventTap::setInterest(const KeyInterest& interest) {
+    interest_ = interest;
+    if (service_) service_->setInterest(interest);
+    if (inUse_ == displayServer_.get()) displayServer_->setInterest(interest);
+}
+
+}  // namespace quillmere

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Quillmere/Platform/EventTap.h"
+#include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace quillmere {
+
+/// The key-tap service where it gives a tap, else the display server's own
+/// tap: the service sees more (an Fn key, for one) and works everywhere, but
+/// is not everywhere installed. A service that needs longer to start than the
+/// program takes over when it is there.
+class FallbackEventTap final : public QObject, public EventTap {
+public:
+    FallbackEventTap(std::unique_ptr<ServiceEventTap> service, std::unique_ptr<EventTap> displayServer);
+
+    bool install(Callback callback) override;
+    void enable() override;
+    void setInterest(const KeyInterest& interest) override;
+
+private:
+    bool installDisplayServers();
+    void takeOver();
+
+    std::unique_ptr<ServiceEventTap> service_;
+    std::unique_ptr<EventTap> displayServer_;
+    Callback callback_;
+    KeyInterest interest_;
+    bool isDisplayServersInstalled_ = false;
+    EventTap* inUse_ = nullptr;
+};
+
+}  // namespace quillmere

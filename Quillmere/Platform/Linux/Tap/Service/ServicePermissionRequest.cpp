@@ -1,0 +1,63 @@
+#include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
+
+#include "Quillmere/Platform/Linux/Tap/Service/TapServiceNames.h"
+
+#include <QCoreApplication>
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QDBusPendingReply>
+#include <QDir>
+
+#include <chrono>
+#include <utility>
+
+namespace quillmere {
+
+namespace {
+
+// Longer than the service itself lets the dialog stand.
+constexpr std::chrono::milliseconds longestDialog = std::chrono::minutes(11);
+
+/// Whether the error leaves the user something to do: everything but a dialog
+/// that is there already, or that nobody has answered.
+bool meansNoService(const QDBusError& error) {
+    return error.type() != QDBusError::NoReply && error.name() != QLatin1String(TapServiceNames::busy);
+}
+
+}  // namespace
+
+ServicePermissionRequest::ServicePermissionRequest(Workspace& workspace, QUrl documentation, const QDBusConnection& bus)
+    : workspace_(workspace), documentation_(std::move(documentation)), bus_(bus) {}
+
+QUrl ServicePermissionRequest::standardDocumentation() {
+    const QString page =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/../share/doc/Quillmere/TapService.md");
+    return QUrl::fromLocalFile(QDir::cleanPath(page));
+}
+
+void ServicePermissionRequest::open() {
+    // The dialog is there; a second one would only be refused.
+    if (question_) return;
+    if (!bus_.isConnected()) {
+        workspace_.open(documentation_);
+        return;
+    }
+    const QDBusMessage call = QDBusMessage::createMethodCall(TapServiceNames::service, TapServiceNames::path,
+                                                             TapServiceNames::interface, "RequestAccess");
+    question_ =
+        std::make_unique<QDBusPendingCallWatcher>(bus_.asyncCall(call, static_cast<int>(longestDialog.count())));
+    connect(question_.get(), &QDBusPendingCallWatcher::finished, this, [this] { answered(); });
+}
+
+void ServicePermissionRequest::answered() {
+    const QDBusPendingReply<bool> reply = *question_;
+    // Not deleted at once: this is its own signal.
+    question_.release()->deleteLater();
+    if (reply.isError()) {
+        if (meansNoService(reply.error())) workspace_.open(documentation_);
+    } else if (reply.value() && onGranted) {
+        onGranted();
+    }
+}
+
+}  // namespace quillmere
