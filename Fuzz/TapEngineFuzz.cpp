@@ -68,6 +68,8 @@ private:
         const TapShortcut pressed{event.code, static_cast<std::uint8_t>(event.flags & Flags::modifiers)};
         require(interest->everyKey || std::ranges::find(interest->shortcuts, pressed) != interest->shortcuts.end(),
                 "a key of no interest is told to nobody");
+        require(interest->everyKey || (event.flags & (Flags::control | Flags::option | Flags::command)) != 0,
+                "what is typed is told to nobody");
     }
 
     std::map<std::uint16_t, int> told_;
@@ -89,7 +91,7 @@ public:
 
 private:
     void step() {
-        switch (data_.ConsumeIntegralInRange(0, 15)) {
+        switch (data_.ConsumeIntegralInRange(0, 14)) {
             case 0:
                 plug();
                 break;
@@ -110,18 +112,15 @@ private:
                 engine_.enable(now());
                 break;
             case 6:
-                engine_.setLocked(data_.ConsumeBool(), now());
-                break;
-            case 7:
                 answer();
                 break;
-            case 8:
+            case 7:
                 wait();
                 break;
-            case 9:
+            case 8:
                 changeWeather();
                 break;
-            case 10:
+            case 9:
                 engine_.releaseEverything(now());
                 break;
             default:
@@ -169,7 +168,7 @@ private:
         engine_.detach(now());
         owner_.beginAnew();
         interest_ = anyInterest();
-        engine_.attach(owner_, interest_, data_.ConsumeBool(), data_.ConsumeBool(), now());
+        engine_.attach(owner_, interest_, data_.ConsumeBool(), now());
     }
 
     void answer() {

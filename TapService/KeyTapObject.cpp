@@ -1,27 +1,26 @@
 #include "TapService/KeyTapObject.h"
 
+#include "TapService/BusOwner.h"
+#include "TapService/Clock.h"
+#include "TapService/KeyTapNames.h"
 #include "TapService/Log.h"
 
-#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <optional>
 #include <string_view>
-#include <utility>
 
 namespace quillmere::tap {
 
 namespace {
+
+using namespace KeyTapNames::Error;
 
 constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
 constexpr const char* authority = "org.freedesktop.PolicyKit1";
 constexpr const char* authorityPath = "/org/freedesktop/PolicyKit1/Authority";
 constexpr const char* authorityInterface = "org.freedesktop.PolicyKit1.Authority";
-
-constexpr const char* notGranted = "org.quillmere.KeyTap1.Error.NotGranted";
-constexpr const char* notActive = "org.quillmere.KeyTap1.Error.NotActive";
-constexpr const char* busy = "org.quillmere.KeyTap1.Error.Busy";
-constexpr const char* failed = "org.quillmere.KeyTap1.Error.Failed";
 
 // CheckAuthorizationFlags of polkit: the user may be asked.
 constexpr std::uint32_t allowUserInteraction = 1;
@@ -42,16 +41,29 @@ const sd_bus_vtable KeyTapObject::vtable[] = {
 
 bool KeyTapObject::start() {
     sd_bus_slot* slot = nullptr;
-    int status = sd_bus_add_object_vtable(bus_, &slot, path, interface, vtable, this);
+    int status = sd_bus_add_filter(bus_, &slot, &KeyTapObject::gate, this);
+    gate_.reset(slot);
+    slot = nullptr;
+    if (status >= 0)
+        status = sd_bus_add_object_vtable(bus_, &slot, KeyTapNames::path, KeyTapNames::interface, vtable, this);
     slot_.reset(slot);
     // The one call that waits: no keyboard is open yet.
-    if (status >= 0) status = sd_bus_request_name(bus_, name, 0);
+    if (status >= 0) status = sd_bus_request_name(bus_, KeyTapNames::service, 0);
     if (status < 0) Log::error("Cannot take the name org.quillmere.KeyTap1 on the bus", status);
     return status >= 0;
 }
 
 int KeyTapObject::version(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*, sd_bus_error*) {
     return sd_bus_message_append(reply, "u", std::uint32_t{tap::version});
+}
+
+int KeyTapObject::gate(sd_bus_message* message, void* object, sd_bus_error*) {
+    const char* sender = sd_bus_message_get_sender(message);
+    if (sender == nullptr || sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) return 0;
+    // Not even an error for who calls too often: the bus refuses further calls
+    // of a program with too many that were not answered, and so keeps them
+    // away from here.
+    return static_cast<KeyTapObject*>(object)->callers_.spend(sender, monotonicNow()) ? 0 : 1;
 }
 
 template <KeyTapObject::Method method>
@@ -64,6 +76,7 @@ int KeyTapObject::begin(Method method, sd_bus_message* call) {
     if (sender == nullptr) return -EBADMSG;
     Request& request = requests_.emplace_back();
     request.object = this;
+    request.self = std::prev(requests_.end());
     request.method = method;
     request.call.reset(sd_bus_message_ref(call));
     request.sender = sender;
@@ -114,18 +127,17 @@ bool KeyTapObject::readCaller(sd_bus_message* reply, Request& request) {
 void KeyTapObject::proceed(Request& request) {
     switch (request.method) {
         case Method::hasAccess:
-            answer(request, grants_.isGranted(request.user));
+            answer(request, access_.has(request.user));
             return;
         case Method::requestAccess:
-            if (grants_.isGranted(request.user)) {
+            if (access_.has(request.user)) {
                 answer(request, true);
             } else {
                 askUser(request);
             }
             return;
         case Method::revokeAccess:
-            grants_.revoke(request.user);
-            server_.closeTaps([this](uid_t user) { return grants_.isGranted(user); });
+            access_.revoke(request.user);
             sd_bus_reply_method_return(request.call.get(), "");
             finish(request);
             return;
@@ -136,28 +148,18 @@ void KeyTapObject::proceed(Request& request) {
 }
 
 void KeyTapObject::answerOpenTap(Request& request) {
-    if (!grants_.isGranted(request.user)) {
-        answerError(request, notGranted, "This user has not been given access to the keyboards");
-        return;
-    }
-    const std::optional<std::string> session = sessions_.activeSession(request.process, request.user);
-    if (!session) {
-        answerError(request, notActive, "Only a program of the active session on this machine's seat gets a tap");
-        return;
-    }
-    const FileDescriptor program = server_.openTap(request.user, *session);
+    const auto program = access_.open(request.user, request.process);
     if (!program) {
-        answerError(request, failed, "There are no descriptors left");
+        answerError(request, program.error().error, program.error().message);
         return;
     }
     // The message keeps a duplicate.
-    sd_bus_reply_method_return(request.call.get(), "h", program.get());
+    sd_bus_reply_method_return(request.call.get(), "h", program->get());
     finish(request);
 }
 
 void KeyTapObject::askUser(Request& request) {
-    const auto isSameUser = [&request](const Request& other) { return other.asksUser && other.user == request.user; };
-    if (std::ranges::any_of(requests_, isSameUser)) {
+    if (!asked_.insert(request.user).second) {
         answerError(request, busy, "This user is being asked already");
         return;
     }
@@ -170,7 +172,7 @@ void KeyTapObject::askUser(Request& request) {
     const BusMessage question(created);
     if (status >= 0) {
         status = sd_bus_message_append(created, "(sa{sv})sa{ss}us", "system-bus-name", 1, "name", "s",
-                                       request.sender.c_str(), action, 0, allowUserInteraction,
+                                       request.sender.c_str(), KeyTapNames::action, 0, allowUserInteraction,
                                        request.cancellation.c_str());
     }
     if (status >= 0) {
@@ -199,14 +201,15 @@ int KeyTapObject::userAnswered(sd_bus_message* reply, void* data, sd_bus_error*)
     int isAuthorized = 0;
     const bool isRead =
         sd_bus_message_enter_container(reply, 'r', "bba{ss}") > 0 && sd_bus_message_read(reply, "b", &isAuthorized) > 0;
-    const bool isGranted = isRead && isAuthorized != 0 && object.grants_.grant(request.user);
+    const bool isGranted = isRead && isAuthorized != 0 && object.access_.grant(request.user);
     if (isGranted) Log::notice("User " + std::to_string(request.user) + " was given access to the keyboards");
     object.answer(request, isGranted);
     return 0;
 }
 
-int KeyTapObject::callerLeft(sd_bus_message*, void* data, sd_bus_error*) {
+int KeyTapObject::callerLeft(sd_bus_message* signal, void* data, sd_bus_error*) {
     auto& request = *static_cast<Request*>(data);
+    if (!BusOwner::busHasSent(signal)) return 0;
     request.object->cancel(request);
     request.object->finish(request);
     return 0;
@@ -229,7 +232,8 @@ void KeyTapObject::answerError(Request& request, const char* error, const char* 
 }
 
 void KeyTapObject::finish(Request& request) {
-    requests_.remove_if([&request](const Request& candidate) { return &candidate == &request; });
+    if (request.asksUser) asked_.erase(request.user);
+    requests_.erase(request.self);
 }
 
 }  // namespace quillmere::tap

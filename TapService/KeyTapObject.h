@@ -1,28 +1,22 @@
 #pragma once
 
-#include "TapService/GrantStore.h"
+#include "TapService/CallerBudgets.h"
 #include "TapService/Handles.h"
-#include "TapService/Sessions.h"
-#include "TapService/TapServer.h"
+#include "TapService/TapAccess.h"
 
 #include <list>
-#include <memory>
+#include <set>
 #include <string>
 
 namespace quillmere::tap {
 
 /// The service's face on the bus: who may have a tap, and handing it out.
 /// Nothing here waits: a bus or a polkit that hangs must not hold up a
-/// keyboard.
+/// keyboard. And every call costs the same, little, however many came before
+/// it: one user's calls must not hold up another's.
 class KeyTapObject {
 public:
-    static constexpr const char* name = "org.quillmere.KeyTap1";
-    static constexpr const char* path = "/org/quillmere/KeyTap1";
-    static constexpr const char* interface = "org.quillmere.KeyTap1";
-    static constexpr const char* action = "org.quillmere.KeyTap1.grant";
-
-    KeyTapObject(sd_bus* bus, GrantStore& grants, Sessions& sessions, TapServer& server)
-        : bus_(bus), grants_(grants), sessions_(sessions), server_(server) {}
+    KeyTapObject(sd_bus* bus, TapAccess& access) : bus_(bus), access_(access) {}
 
     /// Exports the object and takes the name; false when either is refused.
     bool start();
@@ -37,6 +31,7 @@ private:
     /// to ask.
     struct Request {
         KeyTapObject* object;
+        std::list<Request>::iterator self;
         Method method;
         BusMessage call;
         std::string sender;
@@ -48,6 +43,7 @@ private:
         BusSlot departure;
     };
 
+    static int gate(sd_bus_message* message, void* object, sd_bus_error* error);
     template <Method method>
     static int receive(sd_bus_message* call, void* object, sd_bus_error* error);
     static int version(sd_bus* bus, const char* path, const char* interface, const char* property,
@@ -69,11 +65,12 @@ private:
     void finish(Request& request);
 
     sd_bus* bus_;
-    GrantStore& grants_;
-    Sessions& sessions_;
-    TapServer& server_;
+    TapAccess& access_;
+    BusSlot gate_;
     BusSlot slot_;
+    CallerBudgets callers_;
     std::list<Request> requests_;
+    std::set<uid_t> asked_;  ///< who sits in front of a dialog
     unsigned int cancellations_ = 0;
 };
 

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "TapService/Handles.h"
+#include "TapService/SessionLocks.h"
 #include "TapService/Sessions.h"
-
-#include <map>
 
 namespace quillmere::tap {
 
@@ -12,7 +11,7 @@ namespace quillmere::tap {
 /// in the background.
 class LoginSessions : public Sessions {
 public:
-    LoginSessions(sd_event* loop, sd_bus* bus) : loop_(loop), bus_(bus) {}
+    LoginSessions(sd_event* loop, sd_bus* bus) : loop_(loop), locks_(bus) {}
 
     /// False when logind cannot be followed.
     bool start();
@@ -20,24 +19,17 @@ public:
     std::optional<std::string> activeSession(pid_t process, uid_t user) override;
     bool isActive(const std::string& session, uid_t user) override;
     bool isLocked(const std::string& session) override;
-    void watch(const std::string& session) override;
-    void unwatch(const std::string& session) override;
+    bool hasEnded(const std::string& session) override;
+    void watch(const std::string& session) override { locks_.watch(session); }
+    void unwatch(const std::string& session) override { locks_.unwatch(session); }
 
 private:
-    struct Lock {
-        bool isLocked = true;
-        BusSlot changes;
-        BusSlot question;
-    };
-
-    void ask(const std::string& session);
-    static int lockAnswered(sd_bus_message* reply, void* self, sd_bus_error* error);
+    void loginChanged();
 
     sd_event* loop_;
-    sd_bus* bus_;
+    SessionLocks locks_;
     LoginMonitor monitor_;
     EventSource source_;
-    std::map<std::string, Lock> locks_;
 };
 
 }  // namespace quillmere::tap

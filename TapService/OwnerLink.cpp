@@ -13,11 +13,10 @@ std::uint64_t nanoseconds(Time time) {
 
 }  // namespace
 
-void OwnerLink::attach(OwnerPort& port, bool enabled, bool locked) {
+void OwnerLink::attach(OwnerPort& port, bool enabled) {
     drop();
     port_ = &port;
     enabled_ = enabled;
-    locked_ = locked;
 }
 
 void OwnerLink::detach(std::uint8_t flags, Time now) {
@@ -36,12 +35,14 @@ void OwnerLink::drop() {
     codes_.reset();
     enabled_ = false;
     wasDisabled_ = false;
-    locked_ = false;
     fnWasTold_ = false;
 }
 
 void OwnerLink::setInterest(const Interest& interest) {
     interest_ = interest;
+    // Not the program's choice: with every letter a shortcut of its own it
+    // would learn what is typed.
+    std::erase_if(interest_.shortcuts, [](const TapShortcut& shortcut) { return !shortcut.isToldOf(); });
     codes_.reset();
     for (const TapShortcut& shortcut : interest_.shortcuts) {
         if (shortcut.code < keyCodeLimit) codes_.set(shortcut.code);

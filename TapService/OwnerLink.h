@@ -17,15 +17,15 @@ public:
     bool isEnabled() const { return enabled_; }
 
     /// `port` must live until `detach` or `drop`.
-    void attach(OwnerPort& port, bool enabled, bool locked);
+    void attach(OwnerPort& port, bool enabled);
     /// Takes leave: an owner that believes Fn to be down learns that it must
     /// not wait for it.
     void detach(std::uint8_t flags, Time now);
     /// Without a word.
     void drop();
 
+    /// Shortcuts that are keys of typing are left out.
     void setInterest(const Interest& interest);
-    void setLocked(bool locked) { locked_ = locked; }
     /// False when it already was, or there is no owner.
     bool enable();
     /// Tells the owner, unless it already was disabled.
@@ -33,8 +33,8 @@ public:
     /// Whether it has been disabled, by whatever, since this was last asked.
     bool takeDisabled() { return std::exchange(wasDisabled_, false); }
 
-    /// Whether the user records a shortcut. Behind a lock screen nobody does.
-    bool isRecording() const { return isAttached() && interest_.everyKey && !locked_; }
+    /// Whether the user records a shortcut.
+    bool isRecording() const { return isAttached() && interest_.everyKey; }
     bool hasShortcuts() const { return isAttached() && !interest_.shortcuts.empty(); }
     bool wantsFn() const { return isAttached() && (interest_.wantsFn || isRecording()); }
     /// Whether this press is to be told in full.
@@ -60,7 +60,6 @@ private:
     KeySet codes_;  ///< of the interest's shortcuts
     bool enabled_ = false;
     bool wasDisabled_ = false;
-    bool locked_ = false;
     bool fnWasTold_ = false;  ///< the owner believes Fn to be down
 };
 

@@ -1,6 +1,6 @@
 #include "TapService/TapChannel.h"
 
-#include "TapService/Clock.h"
+#include "TapService/EventHandler.h"
 #include "TapService/Log.h"
 #include "TapService/TapEngine.h"
 
@@ -15,11 +15,7 @@
 namespace quillmere::tap {
 
 TapChannel::TapChannel(FileDescriptor file, uid_t user, std::string session, Handlers handlers)
-    : file_(std::move(file)),
-      user_(user),
-      session_(std::move(session)),
-      handlers_(std::move(handlers)),
-      budget_(monotonicNow()) {}
+    : file_(std::move(file)), user_(user), session_(std::move(session)), handlers_(std::move(handlers)) {}
 
 std::unique_ptr<TapChannel> TapChannel::make(sd_event* loop, uid_t user, std::string session, Handlers handlers,
                                              FileDescriptor& program) {
@@ -37,13 +33,7 @@ std::unique_ptr<TapChannel> TapChannel::make(sd_event* loop, uid_t user, std::st
 }
 
 bool TapChannel::watch(sd_event* loop) {
-    sd_event_source* source = nullptr;
-    const auto handler = [](sd_event_source*, int, std::uint32_t readiness, void* self) {
-        static_cast<TapChannel*>(self)->handle(readiness);
-        return 0;
-    };
-    const int status = sd_event_add_io(loop, &source, file_.get(), EPOLLIN, handler, this);
-    source_.reset(source);
+    const int status = EventHandler<&TapChannel::handle>::onReady(loop, source_, file_.get(), EPOLLIN, this);
     if (status < 0) Log::warning("Cannot watch a channel", status);
     return status >= 0;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "TapService/Handles.h"
-#include "TapService/MessageBudget.h"
 #include "TapService/TapPorts.h"
 #include "TapService/TapProtocol.h"
 
@@ -37,6 +36,8 @@ public:
 
     /// What the program has told last.
     Interest interest;
+    /// When it has seen every key for long enough.
+    std::optional<Time> recordsUntil;
     bool isEnabled() const { return isEnabled_; }
     /// The user has freed the keyboards from this tap, for good.
     bool isFreed() const { return isFreed_; }
@@ -44,7 +45,6 @@ public:
     bool enable();
     /// Whether this question was ever asked here.
     bool hasAsked(std::uint32_t sequence) const { return sequence <= lastAsked_; }
-    MessageBudget& budget() { return budget_; }
 
     bool tell(const KeyEvent& event) override;
     void tellDisabled(DisabledReason reason) override;
@@ -65,7 +65,6 @@ private:
     uid_t user_;
     std::string session_;
     Handlers handlers_;
-    MessageBudget budget_;
     bool isEnabled_ = true;
     bool isFreed_ = false;
     std::uint32_t lastAsked_ = 0;

@@ -308,9 +308,9 @@ void TapEngine::releaseEverything(Time now) {
 
 // The owner
 
-void TapEngine::attach(OwnerPort& owner, const Interest& interest, bool enabled, bool locked, Time now) {
+void TapEngine::attach(OwnerPort& owner, const Interest& interest, bool enabled, Time now) {
     detach(now);
-    owner_.attach(owner, enabled, locked);
+    owner_.attach(owner, enabled);
     // What failed before gets another chance.
     for (TapDevice& device : devices_ | std::views::values) {
         device.cannotOpen = false;
@@ -332,12 +332,6 @@ void TapEngine::setInterest(const Interest& interest, Time now) {
     owner_.setInterest(interest);
     for (TapDevice& device : devices_ | std::views::values)
         device.grabRefused = false;
-    needsReconciling_ = true;
-    reconcileAll(now);
-}
-
-void TapEngine::setLocked(bool locked, Time now) {
-    owner_.setLocked(locked);
     needsReconciling_ = true;
     reconcileAll(now);
 }

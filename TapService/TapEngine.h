@@ -46,15 +46,13 @@ public:
     /// An event of an open device, in the device's order.
     void handleEvent(DeviceId id, const InputEvent& event, Time now);
 
-    /// Lends the tap to `owner`, which must live until `detach`. `locked`: its
-    /// session shows a lock screen.
-    void attach(OwnerPort& owner, const Interest& interest, bool enabled, bool locked, Time now);
+    /// Lends the tap to `owner`, which must live until `detach`.
+    void attach(OwnerPort& owner, const Interest& interest, bool enabled, Time now);
     /// Takes the tap back: everything passes, and grabs end.
     void detach(Time now);
 
     // For the owner of the moment; nothing without one.
     void setInterest(const Interest& interest, Time now);
-    void setLocked(bool locked, Time now);
     void enable(Time now);
     /// One for an event that does not wait (any more) is ignored.
     void verdict(std::uint32_t sequence, bool swallow, Time now);

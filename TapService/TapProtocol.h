@@ -65,6 +65,9 @@ inline constexpr std::uint8_t option = 4;  ///< left Alt
 inline constexpr std::uint8_t control = 8;
 inline constexpr std::uint8_t fn = 16;  ///< in events only
 inline constexpr std::uint8_t modifiers = command | shift | option | control;
+/// A shortcut has at least one of these. A key without any of them is a key
+/// that somebody types.
+inline constexpr std::uint8_t ofShortcuts = command | option | control;
 }  // namespace Flags
 
 /// A key combination in the kernel's key codes (input-event-codes.h).
@@ -72,15 +75,19 @@ struct TapShortcut {
     std::uint16_t code = 0;      ///< below `keyCodeLimit`
     std::uint8_t modifiers = 0;  ///< of `Flags::modifiers`: exactly these are held
 
+    /// Whether the service tells it at all; what is typed it tells nobody.
+    constexpr bool isToldOf() const { return (modifiers & Flags::ofShortcuts) != 0; }
+
     friend bool operator==(const TapShortcut&, const TapShortcut&) = default;
 };
 
 /// What the program needs to see; it replaces what was told before. A new
 /// channel starts with no interest at all.
 struct Interest {
-    bool everyKey = false;               ///< every press waits for a verdict (a shortcut is being recorded)
-    bool wantsFn = false;                ///< the Fn key, and that other keys are pressed while it is down
-    std::vector<TapShortcut> shortcuts;  ///< these presses wait for a verdict; at most `maxShortcuts`
+    bool everyKey = false;  ///< every press waits for a verdict (a shortcut is being recorded), for 30 seconds
+    bool wantsFn = false;   ///< the Fn key, and that other keys are pressed while it is down
+    std::vector<TapShortcut>
+        shortcuts;  ///< these presses wait for a verdict; at most `maxShortcuts`, each with Ctrl, Alt or Super
 
     friend bool operator==(const Interest&, const Interest&) = default;
 };

@@ -1,6 +1,6 @@
 #include "TapService/TapServer.h"
 
-#include "TapService/Clock.h"
+#include "TapService/EventHandler.h"
 #include "TapService/Log.h"
 
 #include <algorithm>
@@ -8,9 +8,9 @@
 
 namespace quillmere::tap {
 
-TapServer::TapServer(sd_event* loop, Keyboards& keyboards, Sessions& sessions)
-    : loop_(loop), keyboards_(keyboards), sessions_(sessions), engine_(keyboards) {
-    sessions_.onChange = [this] { chooseOwner(); };
+TapServer::TapServer(sd_event* loop, Keyboards& keyboards, Sessions& sessions, Time recordingLimit)
+    : loop_(loop), keyboards_(keyboards), sessions_(sessions), engine_(keyboards), recordingLimit_(recordingLimit) {
+    sessions_.onChange = [this] { sessionsChanged(); };
 }
 
 TapServer::~TapServer() {
@@ -19,22 +19,23 @@ TapServer::~TapServer() {
 }
 
 bool TapServer::start() {
-    sd_event_source* source = nullptr;
-    const auto handler = [](sd_event_source*, std::uint64_t, void* data) {
-        auto* self = static_cast<TapServer*>(data);
-        self->engine_.tick(monotonicNow());
-        self->follow();
-        return 0;
-    };
     // A wait of half a second needs no exact end; the accuracy saves wake-ups.
-    int status = sd_event_add_time(loop_, &source, CLOCK_MONOTONIC, 0, 10'000, handler, this);
-    timer_.reset(source);
-    if (status >= 0) status = sd_event_source_set_enabled(source, SD_EVENT_OFF);
+    constexpr Time accuracy = std::chrono::milliseconds(10);
+    int status = EventHandler<&TapServer::timeHasCome>::at(loop_, timer_, Time::zero(), accuracy, this);
+    if (status >= 0) status = sd_event_source_set_enabled(timer_.get(), SD_EVENT_OFF);
     if (status < 0) {
         Log::error("Cannot make a timer", status);
         return false;
     }
     return keyboards_.start(*this);
+}
+
+UserAccount& TapServer::account(uid_t user) {
+    return accounts_.try_emplace(user, monotonicNow()).first->second;
+}
+
+bool TapServer::payForTap(uid_t user) {
+    return account(user).openings.spend(monotonicNow());
 }
 
 FileDescriptor TapServer::openTap(uid_t user, const std::string& session) {
@@ -55,12 +56,21 @@ FileDescriptor TapServer::openTap(uid_t user, const std::string& session) {
 }
 
 void TapServer::closeTaps(const std::function<bool(uid_t)>& mayKeep) {
+    closeWhere([&mayKeep](const TapChannel& channel) { return !mayKeep(channel.user()); });
+}
+
+void TapServer::closeWhere(const std::function<bool(const TapChannel&)>& condition) {
     for (bool isDone = false; !isDone;) {
-        const auto channel = std::ranges::find_if_not(
-            channels_, [&mayKeep](const auto& candidate) { return mayKeep(candidate->user()); });
+        const auto channel =
+            std::ranges::find_if(channels_, [&condition](const auto& candidate) { return condition(*candidate); });
         isDone = channel == channels_.end();
         if (!isDone) closed(**channel);
     }
+}
+
+void TapServer::sessionsChanged() {
+    closeWhere([this](const TapChannel& channel) { return sessions_.hasEnded(channel.session()); });
+    chooseOwner();
 }
 
 void TapServer::closed(TapChannel& channel) {
@@ -82,10 +92,9 @@ bool TapServer::handle(TapChannel& channel, const ClientMessage& message) {
     const Time now = monotonicNow();
     const bool isOwner = owner_ == &channel;
     if (const auto* verdict = std::get_if<Verdict>(&message)) return handleVerdict(channel, *verdict);
-    if (!channel.budget().spend(now)) return false;
+    if (!account(channel.user()).messages.spend(now)) return false;
     if (const auto* interest = std::get_if<Interest>(&message)) {
-        channel.interest = *interest;
-        if (isOwner) engine_.setInterest(*interest, now);
+        handleInterest(channel, *interest, now);
     } else if (channel.enable() && isOwner) {
         engine_.enable(now);
     }
@@ -100,12 +109,44 @@ bool TapServer::handleVerdict(TapChannel& channel, const Verdict& verdict) {
         follow();
         return true;
     }
-    return channel.hasAsked(verdict.sequence) && channel.budget().spend(now);
+    return channel.hasAsked(verdict.sequence) && account(channel.user()).messages.spend(now);
+}
+
+void TapServer::handleInterest(TapChannel& channel, const Interest& interest, Time now) {
+    channel.interest = interest;
+    channel.recordsUntil.reset();
+    if (interest.everyKey) {
+        channel.recordsUntil = now + recordingLimit_;
+        noteRecording(channel, now);
+    }
+    if (owner_ == &channel) engine_.setInterest(interest, now);
+}
+
+void TapServer::noteRecording(const TapChannel& channel, Time now) {
+    UserAccount& user = account(channel.user());
+    ++user.recordings;
+    // A line for each would let a program fill the journal.
+    if (user.recordingNoted && now < *user.recordingNoted + TapServer::recordingLimit) return;
+    user.recordingNoted = now;
+    Log::notice("User " + std::to_string(channel.user())
+                + " records a shortcut and sees every key meanwhile; asked for " + std::to_string(user.recordings)
+                + " times");
+}
+
+void TapServer::endRecordings(Time now) {
+    for (const auto& channel : channels_) {
+        if (!channel->recordsUntil || now < *channel->recordsUntil) continue;
+        channel->recordsUntil.reset();
+        channel->interest.everyKey = false;
+        if (owner_ == channel.get()) engine_.setInterest(channel->interest, now);
+    }
 }
 
 void TapServer::chooseOwner() {
+    // In front of a lock screen sits nobody knows who.
     const auto isEntitled = [this](const auto& channel) {
-        return !channel->isFreed() && sessions_.isActive(channel->session(), channel->user());
+        return !channel->isFreed() && sessions_.isActive(channel->session(), channel->user())
+               && !sessions_.isLocked(channel->session());
     };
     const auto found = std::ranges::find_if(channels_, isEntitled);
     TapChannel* next = found == channels_.end() ? nullptr : found->get();
@@ -113,12 +154,7 @@ void TapServer::chooseOwner() {
     if (next != owner_) {
         engine_.detach(now);
         owner_ = next;
-        if (next != nullptr) {
-            const bool isLocked = sessions_.isLocked(next->session());
-            engine_.attach(*next, next->interest, next->isEnabled(), isLocked, now);
-        }
-    } else if (next != nullptr) {
-        engine_.setLocked(sessions_.isLocked(next->session()), now);
+        if (next != nullptr) engine_.attach(*next, next->interest, next->isEnabled(), now);
     }
     follow();
 }
@@ -133,8 +169,18 @@ void TapServer::follow() {
     armTimer();
 }
 
+void TapServer::timeHasCome() {
+    const Time now = monotonicNow();
+    endRecordings(now);
+    engine_.tick(now);
+    follow();
+}
+
 void TapServer::armTimer() {
-    const std::optional<Time> deadline = engine_.deadline();
+    std::optional<Time> deadline = engine_.deadline();
+    for (const auto& channel : channels_) {
+        if (channel->recordsUntil) deadline = std::min(deadline.value_or(Time::max()), *channel->recordsUntil);
+    }
     if (deadline) sd_event_source_set_time(timer_.get(), microseconds(*deadline));
     sd_event_source_set_enabled(timer_.get(), deadline ? SD_EVENT_ONESHOT : SD_EVENT_OFF);
 }

@@ -1,9 +1,12 @@
+#include "TapService/EventHandler.h"
 #include "TapService/GrantStore.h"
 #include "TapService/Handles.h"
+#include "TapService/KeyTapNames.h"
 #include "TapService/KeyTapObject.h"
 #include "TapService/LinuxKeyboards.h"
 #include "TapService/Log.h"
 #include "TapService/LoginSessions.h"
+#include "TapService/TapAccess.h"
 #include "TapService/TapServer.h"
 
 #include <signal.h>
@@ -12,7 +15,8 @@
 namespace quillmere::tap {
 namespace {
 
-constexpr std::uint64_t idleMicroseconds = 30'000'000;
+constexpr Time idle = std::chrono::seconds(30);
+constexpr Time accuracy = std::chrono::milliseconds(250);
 constexpr int failure = 1;
 constexpr int usage = 2;
 
@@ -24,13 +28,8 @@ public:
         : loop_(loop), bus_(bus), object_(object), server_(server) {}
 
     void arm() {
-        sd_event_source* source = nullptr;
-        const auto handler = [](sd_event_source*, std::uint64_t, void* self) {
-            static_cast<IdleExit*>(self)->check();
-            return 0;
-        };
-        sd_event_add_time_relative(loop_, &source, CLOCK_MONOTONIC, idleMicroseconds, 0, handler, this);
-        timer_.reset(source);
+        const int status = EventHandler<&IdleExit::check>::at(loop_, timer_, monotonicNow() + idle, accuracy, this);
+        if (status < 0) Log::warning("Cannot set a timer", status);
     }
 
     /// While there is a tap nothing ticks.
@@ -51,7 +50,7 @@ private:
         }
         // A call that arrives from now on starts the service anew.
         sd_notify(0, "STOPPING=1");
-        sd_bus_release_name(bus_, KeyTapObject::name);
+        sd_bus_release_name(bus_, KeyTapNames::service);
         sd_event_exit(loop_, 0);
     }
 
@@ -101,9 +100,10 @@ int run() {
     LoginSessions sessions(created, bus.get());
     LinuxKeyboards keyboards(created);
     TapServer server(created, keyboards, sessions);
-    KeyTapObject object(bus.get(), grants, sessions, server);
+    TapAccess access(grants, sessions, server);
+    KeyTapObject object(bus.get(), access);
     IdleExit idle(created, bus.get(), object, server);
-    grants.onRevoked = [&] { server.closeTaps([&](uid_t user) { return grants.isGranted(user); }); };
+    grants.onRevoked = [&] { access.enforce(); };
     server.onTapCountChange = [&] { idle.tapCountChanged(); };
 
     if (!grants.start(created) || !sessions.start() || !server.start() || !object.start()) return failure;

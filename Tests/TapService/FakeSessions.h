@@ -32,6 +32,7 @@ public:
     bool isLocked(const std::string& session) override { return sessions.at(session).isLocked; }
     void watch(const std::string& session) override { watched.insert(session); }
     void unwatch(const std::string& session) override { watched.erase(session); }
+    bool hasEnded(const std::string& session) override { return !sessions.contains(session); }
 
     /// One session comes to the front, all others go to the back.
     void activate(const std::string& name) {

@@ -1,7 +1,9 @@
 #include "TapService/KeyTapObject.h"
 
+#include "TapService/KeyTapNames.h"
 #include "TapService/TapProtocol.h"
 #include "Tests/Support/WaitUntil.h"
+#include "Tests/TapService/CallFlood.h"
 #include "Tests/TapService/TapServiceTest.h"
 
 #include <QDBusMessage>
@@ -15,13 +17,13 @@
 namespace quillmere {
 namespace {
 
+namespace names = tap::KeyTapNames;
 using support::waitUntil;
 
 class KeyTapObjectTest : public TapServiceTest {
 protected:
     static QDBusMessage method(const QString& name) {
-        return QDBusMessage::createMethodCall(tap::KeyTapObject::name, tap::KeyTapObject::path,
-                                              tap::KeyTapObject::interface, name);
+        return QDBusMessage::createMethodCall(names::service, names::path, names::interface, name);
     }
     QDBusMessage call(const QString& name) { return client.call(method(name)); }
     QDBusPendingReply<bool> begin(const QString& name) { return client.asyncCall(method(name)); }
@@ -40,9 +42,9 @@ TEST_F(KeyTapObjectTest, NobodyHasAccessAtFirst) {
 }
 
 TEST_F(KeyTapObjectTest, TheVersionIsTheChannels) {
-    QDBusMessage get = QDBusMessage::createMethodCall(tap::KeyTapObject::name, tap::KeyTapObject::path,
-                                                      "org.freedesktop.DBus.Properties", "Get");
-    get << QString(tap::KeyTapObject::interface) << QStringLiteral("Version");
+    QDBusMessage get =
+        QDBusMessage::createMethodCall(names::service, names::path, "org.freedesktop.DBus.Properties", "Get");
+    get << QString(names::interface) << QStringLiteral("Version");
     const QDBusMessage reply = client.call(get);
     EXPECT_EQ(reply.arguments().value(0).value<QDBusVariant>().variant().toUInt(), tap::version);
 }
@@ -155,6 +157,54 @@ TEST_F(KeyTapObjectTest, TheDialogOfAProgramThatHasEndedIsTakenAway) {
     EXPECT_EQ(authority.cancelled, QStringList{authority.questions[0].cancellation});
     EXPECT_TRUE(waitUntil([&] { return !host->isBusy(); }));
     EXPECT_FALSE(hasAccess());
+}
+
+TEST_F(KeyTapObjectTest, ASignalInTheBusesNameFromSomebodyElseCancelsNoDialog) {
+    authority.answer = FakeAuthority::Answer::ask;
+    const auto pending = begin("RequestAccess");
+    ASSERT_TRUE(waitUntil([&] { return authority.questions.size() == 1; }));
+    const QDBusConnection stranger = bus.connect();
+    QDBusMessage forged =
+        QDBusMessage::createTargetedSignal(names::service, QStringLiteral("/org/freedesktop/DBus"),
+                                           QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameOwnerChanged"));
+    forged << client.baseService() << client.baseService() << QString();
+    ASSERT_TRUE(stranger.send(forged));
+    // An answer to what was sent after it: the signal has come.
+    EXPECT_EQ(stranger.call(method("HasAccess")).arguments(), QVariantList{false});
+    EXPECT_TRUE(host->isBusy());
+    EXPECT_TRUE(authority.cancelled.isEmpty());
+    authority.finish(true);
+    ASSERT_TRUE(isFinished(pending));
+    EXPECT_TRUE(pending.value());
+}
+
+TEST_F(KeyTapObjectTest, AFloodOfOneProgramsCallsKeepsNobodyElseWaiting) {
+    host->grant();
+    const CallFlood flood(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return flood.sent() > 20'000; }));
+    const QDBusPendingReply<QDBusUnixFileDescriptor> reply = client.call(method("OpenTap"), QDBus::Block, 5000);
+    EXPECT_FALSE(reply.isError()) << reply.error().message().toStdString();
+    EXPECT_TRUE(client.call(method("RevokeAccess"), QDBus::Block, 5000).errorName().isEmpty());
+    EXPECT_EQ(host->tapCount(), 0U);
+}
+
+TEST_F(KeyTapObjectTest, AProgramThatCallsTooOftenIsNotAnsweredUntilItHasBeenQuiet) {
+    int answered = 0;
+    while (answered < 1000 && client.call(method("HasAccess"), QDBus::Block, 500).type() == QDBusMessage::ReplyMessage)
+        ++answered;
+    EXPECT_GE(answered, 32);
+    EXPECT_LT(answered, 1000);
+    EXPECT_TRUE(waitUntil(
+        [&] { return client.call(method("HasAccess"), QDBus::Block, 500).type() == QDBusMessage::ReplyMessage; }));
+}
+
+TEST_F(KeyTapObjectTest, AUserOpensSoManyTapsAndNoMore) {
+    host->grant();
+    QString error;
+    for (int count = 0; count < 100 && error.isEmpty(); ++count)
+        error = bus.connect().call(method("OpenTap")).errorName();
+    EXPECT_EQ(error, "org.quillmere.KeyTap1.Error.TooOften");
+    EXPECT_TRUE(waitUntil([&] { return bus.connect().call(method("OpenTap")).errorName().isEmpty(); }));
 }
 
 TEST_F(KeyTapObjectTest, RevokingTakesTheTapAwayAtOnce) {

@@ -8,6 +8,7 @@
 #include "Tests/TapService/TapServiceTest.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include <chrono>
@@ -130,6 +131,25 @@ TEST_F(ServiceEventTapTest, WithoutABusItIsRefusedAtOnce) {
     EXPECT_FALSE(tap->install(listener.callback(*tap)));
     tap->enable();
     tap->setInterest(controlSpace);
+}
+
+TEST_F(ServiceEventTapTest, ARecordingIsAskedForAnewAsLongAsItLastsAndNoLonger) {
+    constexpr auto limit = std::chrono::milliseconds(200);
+    host.reset();
+    host.emplace(bus.address(), folder.path(), limit);
+    host->grant();
+    tap.emplace(client, support::patience, limit / 4);
+    tap->setInterest({.everyKey = true});
+    ASSERT_TRUE(tap->install(listener.callback(*tap)));
+    QElapsedTimer time;
+    time.start();
+    ASSERT_TRUE(waitUntil([&] { return time.hasExpired(3 * limit.count()); }));
+    EXPECT_TRUE(becomesGrabbed());
+    tap->setInterest({});
+    EXPECT_TRUE(waitUntil([&] { return !host->isGrabbed(); }));
+    time.restart();
+    ASSERT_TRUE(waitUntil([&] { return time.hasExpired(limit.count()); }));
+    EXPECT_FALSE(host->isGrabbed());
 }
 
 TEST_F(ServiceEventTapTest, TheCallbackSwallowsAndPasses) {

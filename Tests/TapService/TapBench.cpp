@@ -212,7 +212,7 @@ void TapBench::own(const std::vector<std::string>& wishes) {
         }
         interest.shortcuts.push_back(shortcut);
     }
-    engine.attach(owner, interest, true, false, keyboards.now);
+    engine.attach(owner, interest, true, keyboards.now);
 }
 
 void TapBench::play(const std::string& words) {
@@ -237,8 +237,6 @@ void TapBench::playWord(const std::string& word) {
         advance(TapEngine::verdictDeadline);
     } else if (word == "enable") {
         engine.enable(now);
-    } else if (word == "lock" || word == "unlock") {
-        engine.setLocked(word == "lock", now);
     } else if (word == "record" || word == "stop") {
         interest.everyKey = word == "record";
         engine.setInterest(interest, now);

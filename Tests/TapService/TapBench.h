@@ -80,7 +80,6 @@ private:
 /// | swallow, pass   | the owner's verdict on the last question                  |
 /// | late            | half a second goes by                                     |
 /// | enable          | the owner turns the tap on again                          |
-/// | lock, unlock    | the session's screen                                      |
 /// | record, stop    | the owner begins and ends a recording                     |
 /// | leave           | the owner goes                                            |
 /// | unplug          | the first keyboard is pulled out                          |

@@ -57,6 +57,13 @@ TEST_F(TapEngineTest, OnlyDevicesThatCanSendAShortcutAreGrabbed) {
     EXPECT_TRUE(bench.keyboard(TapBench::second).isGrabbed);
 }
 
+TEST_F(TapEngineTest, AKeyThatIsTypedGrabsNothing) {
+    bench.plug();
+    bench.own({"a", "shift+b"});
+    EXPECT_FALSE(bench.keyboard().isOpen);
+    EXPECT_FALSE(bench.keyboard().isGrabbed);
+}
+
 TEST_F(TapEngineTest, ARecordingGrabsWhatIsThereToTypeOn) {
     bench.plug(TapBench::first, {"power", "dim"});
     bench.plug(TapBench::second, {"a"});
@@ -264,7 +271,7 @@ TEST_F(TapEngineTest, AnotherOwnerTakesOverWithoutSeeingWhatTheFirstWasTold) {
     bench.own({"ctrl+space"});
     bench.play("+ctrl +space swallow");
     FakeOwner other;
-    bench.engine.attach(other, {.shortcuts = {{KEY_K, Flags::control}}}, true, false, bench.keyboards.now);
+    bench.engine.attach(other, {.shortcuts = {{KEY_K, Flags::control}}}, true, bench.keyboards.now);
     bench.play("-space");
     EXPECT_EQ(other.log, "");
     EXPECT_EQ(bench.keyboards.output, "+ctrl");

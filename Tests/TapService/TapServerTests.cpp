@@ -1,99 +1,7 @@
-#include "TapService/TapServer.h"
-
-#include "Tests/TapService/FakeMachine.h"
-#include "Tests/TapService/FakeSessions.h"
-#include "Tests/TapService/TapLoop.h"
-
-#include <gtest/gtest.h>
-
-#include <linux/input-event-codes.h>
-#include <sys/socket.h>
-
-#include <array>
+#include "Tests/TapService/TapServerTest.h"
 
 namespace quillmere::tap {
 namespace {
-
-constexpr DeviceId keyboard = 1;
-constexpr uid_t anna = 1000;
-constexpr uid_t bert = 1001;
-const TapShortcut controlSpace{KEY_SPACE, Flags::control};
-
-/// A program at its end of a channel.
-class Program {
-public:
-    explicit Program(FileDescriptor file) : file_(std::move(file)) {}
-
-    void send(const ClientMessage& message) { sendBytes(encode(message)); }
-    void sendBytes(const Packet& packet) { ::send(file_.get(), packet.data(), packet.size(), MSG_NOSIGNAL); }
-    bool tryToSend(const Packet& packet) {
-        return ::send(file_.get(), packet.data(), packet.size(), MSG_NOSIGNAL | MSG_DONTWAIT) >= 0;
-    }
-    void hangUp() { file_.reset(); }
-
-    /// Everything that has come since the last call.
-    std::vector<ServiceMessage> receive() {
-        std::vector<ServiceMessage> messages;
-        std::array<std::byte, maxMessageSize> buffer{};
-        ssize_t size = 0;
-        while ((size = ::recv(file_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT)) > 0) {
-            messages.push_back(decodeServiceMessage(std::span(buffer).first(static_cast<std::size_t>(size))).value());
-        }
-        isClosed_ = isClosed_ || size == 0;
-        return messages;
-    }
-    std::optional<ServiceMessage> last() {
-        const auto messages = receive();
-        return messages.empty() ? std::nullopt : std::optional(messages.back());
-    }
-    std::uint32_t question() {
-        const auto message = last();
-        const auto* event = message ? std::get_if<KeyEvent>(&*message) : nullptr;
-        return event != nullptr ? event->sequence : 0;
-    }
-    bool isClosed() {
-        receive();
-        return isClosed_;
-    }
-
-private:
-    FileDescriptor file_;
-    bool isClosed_ = false;
-};
-
-class TapServerTest : public testing::Test {
-protected:
-    TapServerTest() {
-        sessions.sessions = {{"a", {anna, true, false}}, {"b", {bert, false, false}}};
-        EXPECT_TRUE(server.start());
-        machine.plug(keyboard);
-    }
-    ~TapServerTest() override { EXPECT_EQ(machine.fakes.faults, std::vector<std::string>{}); }
-
-    Program open(uid_t user, const std::string& session) { return Program(server.openTap(user, session)); }
-    Program openWithShortcut(uid_t user, const std::string& session) {
-        Program program = open(user, session);
-        program.send(Interest{.shortcuts = {controlSpace}});
-        loop.run();
-        program.receive();
-        return program;
-    }
-    void type(const std::string& words) { machine.type(keyboard, words); }
-    bool isGrabbed() { return machine.keyboard(keyboard).isGrabbed; }
-    void expectCutOff(const Packet& packet) {
-        Program program = openWithShortcut(anna, "a");
-        EXPECT_TRUE(isGrabbed());
-        program.sendBytes(packet);
-        EXPECT_TRUE(loop.runUntil([&] { return program.isClosed(); }));
-        EXPECT_FALSE(isGrabbed());
-        EXPECT_EQ(server.tapCount(), 0U);
-    }
-
-    TapLoop loop;
-    FakeMachine machine;
-    FakeSessions sessions;
-    TapServer server{loop.get(), machine, sessions};
-};
 
 TEST_F(TapServerTest, TheFirstMessageIsHelloWithTheDeadline) {
     Program program = open(anna, "a");
@@ -195,30 +103,6 @@ TEST_F(TapServerTest, OneBadProgramDoesNotTouchTheOthers) {
     EXPECT_EQ(machine.fakes.output, "+ctrl -ctrl");
 }
 
-TEST_F(TapServerTest, AFloodEndsThatChannel) {
-    Program program = openWithShortcut(anna, "a");
-    const Packet enable = encode(Enable{});
-    for (int count = 0; count < 2000 && !program.isClosed(); ++count) {
-        program.tryToSend(enable);
-        sd_event_run(loop.get(), 0);
-    }
-    EXPECT_TRUE(program.isClosed());
-    EXPECT_FALSE(isGrabbed());
-}
-
-TEST_F(TapServerTest, AFloodOfVerdictsEndsThatChannel) {
-    Program program = openWithShortcut(anna, "a");
-    type("+ctrl +space");
-    const Packet verdict = encode(Verdict{program.question(), true});
-    for (int count = 0; count < 2000 && !program.isClosed(); ++count) {
-        program.tryToSend(verdict);
-        sd_event_run(loop.get(), 0);
-    }
-    EXPECT_TRUE(program.isClosed());
-    type("-space -ctrl");
-    EXPECT_EQ(machine.fakes.output, "+ctrl -ctrl");
-}
-
 TEST_F(TapServerTest, ALateVerdictIsForgiven) {
     Program program = openWithShortcut(anna, "a");
     type("+ctrl +space");
@@ -276,20 +160,6 @@ TEST_F(TapServerTest, InterestToldInTheBackgroundHoldsInFront) {
     EXPECT_TRUE(isGrabbed());
 }
 
-TEST_F(TapServerTest, ALockedSessionRecordsNothing) {
-    Program program = open(anna, "a");
-    program.send(Interest{.everyKey = true});
-    loop.run();
-    EXPECT_TRUE(isGrabbed());
-    sessions.lock("a", true);
-    EXPECT_FALSE(isGrabbed());
-    program.receive();
-    type("+a -a");
-    EXPECT_TRUE(program.receive().empty());
-    sessions.lock("a", false);
-    EXPECT_TRUE(isGrabbed());
-}
-
 TEST_F(TapServerTest, ASecondTapOfASessionTakesTheFirstOnesPlace) {
     Program first = openWithShortcut(anna, "a");
     Program second = openWithShortcut(anna, "a");
@@ -297,15 +167,6 @@ TEST_F(TapServerTest, ASecondTapOfASessionTakesTheFirstOnesPlace) {
     EXPECT_EQ(server.tapCount(), 1U);
     type("+ctrl +space");
     EXPECT_NE(second.question(), 0U);
-}
-
-TEST_F(TapServerTest, AUserWithoutAGrantLosesTheTapAtOnce) {
-    Program first = openWithShortcut(anna, "a");
-    Program second = openWithShortcut(bert, "b");
-    server.closeTaps([](uid_t user) { return user != anna; });
-    EXPECT_TRUE(first.isClosed());
-    EXPECT_FALSE(second.isClosed());
-    EXPECT_FALSE(isGrabbed());
 }
 
 TEST_F(TapServerTest, AFreedTapStaysOffEvenAfterAVisitElsewhere) {

@@ -31,9 +31,11 @@ TEST(TapServiceEvents, FnAloneIsAWishAndNoShortcut) {
 TEST(TapServiceEvents, WhatIsNeverPressedIsNotAskedFor) {
     const KeyInterest interest{.shortcuts = {
                                    {Shortcut::fnKeyCode, Modifiers::control},
-                                   {56, Modifiers::command},         // a Shift key
-                                   {999, Modifiers::command},        // no key
-                                   {Shortcut::space, Modifiers(16)}  // a bit of a later version
+                                   {56, Modifiers::command},             // a Shift key
+                                   {999, Modifiers::command},            // no key
+                                   {Shortcut::space, Modifiers(16)},     // a bit of a later version
+                                   {Shortcut::space, {}},                // typed, and told to nobody
+                                   {Shortcut::space, Modifiers::shift},  // the same
                                }};
     EXPECT_EQ(TapServiceEvents::interest(interest), tap::Interest{});
 }

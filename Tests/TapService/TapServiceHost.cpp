@@ -41,10 +41,13 @@ tap::Bus connect(sd_event* loop, const std::string& address) {
 }  // namespace
 
 struct TapServiceHost::Service {
-    Service(const std::string& busAddress, const std::filesystem::path& state)
-        : loop(makeLoop()), bus(connect(loop.get(), busAddress)), grants(state / "grants") {
+    Service(const std::string& busAddress, const std::filesystem::path& state, tap::Time recordingLimit)
+        : loop(makeLoop()),
+          bus(connect(loop.get(), busAddress)),
+          grants(state / "grants"),
+          server(loop.get(), machine, sessions, recordingLimit) {
         sessions.sessions = {{"a", {getuid(), true, false}}, {"b", {getuid() + 1, false, false}}};
-        grants.onRevoked = [this] { server.closeTaps([this](uid_t user) { return grants.isGranted(user); }); };
+        grants.onRevoked = [this] { access.enforce(); };
         if (!grants.start(loop.get()) || !server.start() || !object.start())
             throw std::runtime_error("the service does not start");
         machine.plug(keyboard);
@@ -55,12 +58,14 @@ struct TapServiceHost::Service {
     tap::GrantStore grants;
     tap::FakeSessions sessions;
     tap::FakeMachine machine;
-    tap::TapServer server{loop.get(), machine, sessions};
-    tap::KeyTapObject object{bus.get(), grants, sessions, server};
+    tap::TapServer server;
+    tap::TapAccess access{grants, sessions, server};
+    tap::KeyTapObject object{bus.get(), access};
 };
 
-TapServiceHost::TapServiceHost(const std::string& busAddress, const std::filesystem::path& state)
-    : busAddress_(busAddress), state_(state) {
+TapServiceHost::TapServiceHost(const std::string& busAddress, const std::filesystem::path& state,
+                               tap::Time recordingLimit)
+    : busAddress_(busAddress), state_(state), recordingLimit_(recordingLimit) {
     check(pipe2(wake_, O_CLOEXEC), "no pipe");
     thread_ = std::thread([this] { run(); });
     // The name is on the bus once the first job is done.
@@ -74,7 +79,7 @@ TapServiceHost::~TapServiceHost() {
 }
 
 void TapServiceHost::run() {
-    Service service(busAddress_, state_);
+    Service service(busAddress_, state_, recordingLimit_);
     struct Context {
         TapServiceHost& host;
         Service& service;

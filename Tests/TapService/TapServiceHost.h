@@ -2,6 +2,7 @@
 
 #include "TapService/GrantStore.h"
 #include "TapService/KeyTapObject.h"
+#include "TapService/TapAccess.h"
 #include "TapService/TapServer.h"
 #include "Tests/TapService/FakeMachine.h"
 #include "Tests/TapService/FakeSessions.h"
@@ -22,7 +23,8 @@ class TapServiceHost {
 public:
     /// Starts it, with the sessions "a" of this process's user in front and
     /// "b" of nobody behind. `state` is its state folder.
-    TapServiceHost(const std::string& busAddress, const std::filesystem::path& state);
+    TapServiceHost(const std::string& busAddress, const std::filesystem::path& state,
+                   tap::Time recordingLimit = tap::TapServer::recordingLimit);
     /// Ends it as SIGTERM does.
     ~TapServiceHost();
     TapServiceHost(const TapServiceHost&) = delete;
@@ -57,6 +59,7 @@ private:
 
     std::string busAddress_;
     std::filesystem::path state_;
+    tap::Time recordingLimit_;
     std::mutex mutex_;
     std::deque<std::function<void(Service&)>> jobs_;
     /// A byte for each job; closed at the end.

@@ -1,7 +1,7 @@
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 
 #include "Quillmere/Platform/Linux/Tap/Service/TapServiceEvents.h"
-#include "Quillmere/Platform/Linux/Tap/Service/TapServiceNames.h"
+#include "TapService/KeyTapNames.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingReply>
@@ -36,8 +36,12 @@ bool isQuestion(const tap::ServiceMessage& message) {
 
 }  // namespace
 
-ServiceEventTap::ServiceEventTap(const QDBusConnection& bus, std::chrono::milliseconds firstWait)
+ServiceEventTap::ServiceEventTap(const QDBusConnection& bus, std::chrono::milliseconds firstWait,
+                                 std::chrono::milliseconds renewal)
     : bus_(bus), retryDelay_(firstRetry) {
+    renewalTimer_.setSingleShot(true);
+    renewalTimer_.setInterval(renewal);
+    connect(&renewalTimer_, &QTimer::timeout, this, [this] { sendInterest(); });
     retryTimer_.setSingleShot(true);
     connect(&retryTimer_, &QTimer::timeout, this, [this] { ask(patience); });
     ask(firstWait);
@@ -53,7 +57,7 @@ bool ServiceEventTap::install(Callback callback) {
         if (question_) answered();
     }
     ask(patience);
-    if (socket_ && !std::exchange(isInstalled_, true)) send(interest_);
+    if (socket_ && !std::exchange(isInstalled_, true)) sendInterest();
     return isInstalled_;
 }
 
@@ -64,7 +68,7 @@ void ServiceEventTap::enable() {
 void ServiceEventTap::setInterest(const KeyInterest& interest) {
     interest_ = TapServiceEvents::interest(interest);
     // Before that nobody would answer.
-    if (isInstalled_) send(interest_);
+    if (isInstalled_) sendInterest();
 }
 
 // The service's channel
@@ -76,8 +80,8 @@ void ServiceEventTap::request() {
 
 void ServiceEventTap::ask(std::chrono::milliseconds patience) {
     if (socket_ || question_ || !bus_.isConnected()) return;
-    const QDBusMessage call = QDBusMessage::createMethodCall(TapServiceNames::service, TapServiceNames::path,
-                                                             TapServiceNames::interface, "OpenTap");
+    const QDBusMessage call = QDBusMessage::createMethodCall(tap::KeyTapNames::service, tap::KeyTapNames::path,
+                                                             tap::KeyTapNames::interface, "OpenTap");
     question_ = std::make_unique<QDBusPendingCallWatcher>(bus_.asyncCall(call, static_cast<int>(patience.count())));
     connect(question_.get(), &QDBusPendingCallWatcher::finished, this, [this] { answered(); });
 }
@@ -106,7 +110,7 @@ void ServiceEventTap::open(int descriptor) {
     if (!socket_) return;
     openFor_.start();
     connect(&socket_->notifier(), &QSocketNotifier::activated, this, [this] { receive(); });
-    if (isInstalled_) return send(interest_);
+    if (isInstalled_) return sendInterest();
     emit opened();
 }
 
@@ -128,6 +132,17 @@ void ServiceEventTap::close() {
 void ServiceEventTap::send(const tap::ClientMessage& message) {
     // A service that has hung up is found out by receiving.
     if (socket_) socket_->send(message);
+}
+
+void ServiceEventTap::sendInterest() {
+    send(interest_);
+    // The recorder ends the wish when it is no longer to be seen; until then
+    // the recording goes on.
+    if (interest_.everyKey && socket_) {
+        renewalTimer_.start();
+    } else {
+        renewalTimer_.stop();
+    }
 }
 
 // Events

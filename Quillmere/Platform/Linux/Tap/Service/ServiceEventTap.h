@@ -21,10 +21,15 @@ namespace quillmere {
 class ServiceEventTap final : public QObject, public EventTap {
     Q_OBJECT
 public:
+    /// The service ends a recording after 30 seconds by itself.
+    static constexpr std::chrono::milliseconds recordingRenewal = std::chrono::seconds(20);
+
     /// Asks for a tap at once, so that the answer is there when it is needed.
     /// `firstWait` is how long the first `install` waits for it at the most: the
     /// service may have to be started. No later call waits.
-    ServiceEventTap(const QDBusConnection& bus, std::chrono::milliseconds firstWait);
+    /// `renewal` is how often a recording is asked for anew while it lasts.
+    ServiceEventTap(const QDBusConnection& bus, std::chrono::milliseconds firstWait,
+                    std::chrono::milliseconds renewal = recordingRenewal);
     ~ServiceEventTap() override;
 
     bool install(Callback callback) override;
@@ -51,6 +56,7 @@ private:
     void open(int descriptor);
     void close();
     void send(const tap::ClientMessage& message);
+    void sendInterest();
 
     void receive();
     void handle(const std::vector<tap::ServiceMessage>& messages);
@@ -71,6 +77,7 @@ private:
     bool fnIsDown_ = false;  ///< as the callback was last told
     QElapsedTimer openFor_;
     QTimer retryTimer_;
+    QTimer renewalTimer_;
     std::chrono::seconds retryDelay_;
 };
 

@@ -1,6 +1,6 @@
 #include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
 
-#include "Quillmere/Platform/Linux/Tap/Service/TapServiceNames.h"
+#include "TapService/KeyTapNames.h"
 
 #include <QCoreApplication>
 #include <QDBusError>
@@ -21,7 +21,7 @@ constexpr std::chrono::milliseconds longestDialog = std::chrono::minutes(11);
 /// Whether the error leaves the user something to do: everything but a dialog
 /// that is there already, or that nobody has answered.
 bool meansNoService(const QDBusError& error) {
-    return error.type() != QDBusError::NoReply && error.name() != QLatin1String(TapServiceNames::busy);
+    return error.type() != QDBusError::NoReply && error.name() != QLatin1String(tap::KeyTapNames::Error::busy);
 }
 
 }  // namespace
@@ -42,8 +42,8 @@ void ServicePermissionRequest::open() {
         workspace_.open(documentation_);
         return;
     }
-    const QDBusMessage call = QDBusMessage::createMethodCall(TapServiceNames::service, TapServiceNames::path,
-                                                             TapServiceNames::interface, "RequestAccess");
+    const QDBusMessage call = QDBusMessage::createMethodCall(tap::KeyTapNames::service, tap::KeyTapNames::path,
+                                                             tap::KeyTapNames::interface, "RequestAccess");
     question_ =
         std::make_unique<QDBusPendingCallWatcher>(bus_.asyncCall(call, static_cast<int>(longestDialog.count())));
     connect(question_.get(), &QDBusPendingCallWatcher::finished, this, [this] { answered(); });

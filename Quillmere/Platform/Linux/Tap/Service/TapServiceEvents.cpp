@@ -26,6 +26,7 @@ void add(const Shortcut& shortcut, tap::Interest& interest) {
         if (KeyCodes::isModifier(code) || KeyCodes::isFn(code)) continue;
         const tap::TapShortcut wanted{static_cast<std::uint16_t>(code),
                                       static_cast<std::uint8_t>(shortcut.modifiers.rawValue)};
+        if (!wanted.isToldOf()) continue;
         if (std::ranges::find(interest.shortcuts, wanted) == interest.shortcuts.end())
             interest.shortcuts.push_back(wanted);
     }
