@@ -12,7 +12,8 @@ namespace {
 
 class DrawnIconEngine : public QIconEngine {
 public:
-    DrawnIconEngine(const std::vector<int>& sides, DrawnIcon::Draw draw) : sides_(sides), draw_(std::move(draw)) {}
+    DrawnIconEngine(const std::vector<int>& sides, DrawnIcon::Draw draw, QString name)
+        : sides_(sides), draw_(std::move(draw)), name_(std::move(name)) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
         painter->save();
@@ -35,17 +36,20 @@ public:
         return sizes;
     }
 
-    QIconEngine* clone() const override { return new DrawnIconEngine(sides_, draw_); }
+    QIconEngine* clone() const override { return new DrawnIconEngine(sides_, draw_, name_); }
+
+    QString iconName() override { return name_; }
 
 private:
     std::vector<int> sides_;
     DrawnIcon::Draw draw_;
+    QString name_;
 };
 
 }  // namespace
 
-QIcon DrawnIcon::make(const std::vector<int>& sides, const Draw& draw) {
-    return QIcon(new DrawnIconEngine(sides, draw));
+QIcon DrawnIcon::make(const std::vector<int>& sides, const Draw& draw, const QString& name) {
+    return QIcon(new DrawnIconEngine(sides, draw, name));
 }
 
 }  // namespace quillmere

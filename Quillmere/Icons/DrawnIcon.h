@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QIcon>
+#include <QString>
 
 #include <functional>
 #include <vector>
@@ -10,16 +11,17 @@ class QRect;
 
 namespace quillmere {
 
-/// An icon that is drawn anew for every size that somebody asks for: no size is
-/// a scaled picture of another, and none takes time or memory before.
+/// An icon that is drawn anew for every size that somebody asks for: it is sharp
+/// in each, and takes neither time nor memory until then.
 namespace DrawnIcon {
 
 /// Fills the rectangle, which is a square of one of the sizes asked for.
 using Draw = std::function<void(QPainter& painter, const QRect& rect)>;
 
-/// `sides` are the sizes, in pixels, that those get a picture of who want to
-/// hear which there are: trays, task bars.
-QIcon make(const std::vector<int>& sides, const Draw& draw);
+/// `sides`, in pixels, are the sizes it is said to have: trays and task bars
+/// ask for pictures of these. `name` is that of the same icon in icon themes,
+/// which trays may show in place of the drawing; empty for none.
+QIcon make(const std::vector<int>& sides, const Draw& draw, const QString& name = {});
 
 }  // namespace DrawnIcon
 

@@ -2,7 +2,9 @@
 
 #include "Quillmere/Icons/DrawnIcon.h"
 
+#include <QImage>
 #include <QPainter>
+#include <QStandardPaths>
 
 #include <algorithm>
 #include <array>
@@ -21,6 +23,8 @@ constexpr double chordFactor = 0.5226872289306592;  // sin(angleStep / 2)
 constexpr double barGap = 0.5;
 constexpr double cornerFactor = 0.4;
 constexpr double dimmedOpacity = 0.4;
+constexpr double outlineWidth = 0.8;
+constexpr int outlineAlpha = 225;
 
 /// One bar of the spiral: centre, rotation in radians, length and thickness in
 /// the design's points, y upwards.
@@ -67,14 +71,12 @@ void drawBar(QPainter& painter, const Bar& bar) {
     painter.restore();
 }
 
-}  // namespace
-
-void StatusIcon::draw(QPainter& painter, const QRectF& rect, const QColor& color) {
+void drawSpiral(QPainter& painter, const QRectF& rect, const QPen& pen, const QBrush& brush) {
     const double scale = std::min(rect.width(), rect.height()) / designSize;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
+    painter.setPen(pen);
+    painter.setBrush(brush);
     painter.translate(rect.center());
     // The design's y points upwards.
     painter.scale(scale, -scale);
@@ -83,12 +85,43 @@ void StatusIcon::draw(QPainter& painter, const QRectF& rect, const QColor& color
     painter.restore();
 }
 
-QIcon StatusIcon::make(const QColor& color, bool dimmed) {
-    const auto drawSpiral = [color, dimmed](QPainter& painter, const QRect& rect) {
+QImage drawOutlined(const QSize& size, const QColor& color) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    const int opposite = color.lightness() < 128 ? 255 : 0;
+    const QColor outline(opposite, opposite, opposite);
+    drawSpiral(painter, QRectF(image.rect()), QPen(outline, 2 * outlineWidth), outline);
+    // As one shape: the outlines of two bars overlap.
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+    painter.fillRect(image.rect(), QColor(0, 0, 0, outlineAlpha));
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    StatusIcon::draw(painter, QRectF(image.rect()), color);
+    return image;
+}
+
+/// Its name in the icon themes: empty where it is not installed, since a tray
+/// may show nothing in place of an icon that it does not find.
+QString installedName(bool dimmed) {
+    const auto name = dimmed ? QStringLiteral("quillmere-inactive-symbolic") : QStringLiteral("quillmere-symbolic");
+    const auto file = QStringLiteral("icons/hicolor/symbolic/apps/%1.svg").arg(name);
+    const bool isInstalled = !QStandardPaths::locate(QStandardPaths::GenericDataLocation, file).isEmpty();
+    return isInstalled ? name : QString();
+}
+
+}  // namespace
+
+void StatusIcon::draw(QPainter& painter, const QRectF& rect, const QColor& color) {
+    drawSpiral(painter, rect, Qt::NoPen, color);
+}
+
+QIcon StatusIcon::make(const QColor& color, bool dimmed, bool isForTintingTray) {
+    const auto drawIcon = [color, dimmed](QPainter& painter, const QRect& rect) {
         if (dimmed) painter.setOpacity(painter.opacity() * dimmedOpacity);
-        draw(painter, rect, color);
+        painter.drawImage(rect, drawOutlined(rect.size(), color));
     };
-    return DrawnIcon::make({16, 20, 22, 24, 32, 40, 44, 48, 64}, drawSpiral);
+    return DrawnIcon::make({16, 20, 22, 24, 32, 40, 44, 48, 64}, drawIcon,
+                           isForTintingTray ? installedName(dimmed) : QString());
 }
 
 }  // namespace quillmere

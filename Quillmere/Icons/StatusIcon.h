@@ -13,8 +13,10 @@ namespace quillmere::StatusIcon {
 /// scales it.
 void draw(QPainter& painter, const QRectF& rect, const QColor& color);
 
-/// The icon in the sizes that trays ask for, sharp at 1× and 2×, in `color`;
-/// dimmed while switching is turned off.
-QIcon make(const QColor& color, bool dimmed);
+/// The icon in the sizes that trays ask for, sharp at 1× and 2×, in `color`,
+/// with a thin outline in its opposite, so that it can be told from a ground of
+/// its own colour too; dimmed while switching is turned off. For a tray that
+/// tints symbolic icons it has the name of one, where the icon themes have it.
+QIcon make(const QColor& color, bool dimmed, bool isForTintingTray);
 
 }  // namespace quillmere::StatusIcon

@@ -88,7 +88,8 @@ void StatusItem::openMenu() const {
 
 void StatusItem::updateIcon() {
     if (!icon_) return;
-    icon_->setIcon(StatusIcon::make(iconColor(appearance_.isDark()), !model_.config().active));
+    icon_->setIcon(
+        StatusIcon::make(iconColor(appearance_.isDark()), !model_.config().active, trayHost_.tintsSymbolicIcons()));
 }
 
 }  // namespace quillmere

@@ -12,6 +12,10 @@ public:
     /// True from the moment on at which an icon can be made.
     virtual bool isAvailable() const = 0;
 
+    /// Whether the tray draws a symbolic icon of the icon themes in its own
+    /// colour of text. Elsewhere such an icon may well be black on black.
+    virtual bool tintsSymbolicIcons() const { return false; }
+
 signals:
     /// The tray has come up; sent at most once.
     void becameAvailable();

@@ -137,9 +137,10 @@ bool isDrawnIn(QColor ink, const QImage& icon) {
     int count = 0;
     for (int y = 0; y < icon.height(); ++y) {
         for (int x = 0; x < icon.width(); ++x) {
-            // Of a translucent pixel the colour is only known roughly.
+            // Of a translucent pixel, as the outline's, the colour is only known
+            // roughly, and where ink meets outline the two are mixed a little.
             if (qAlpha(icon.pixel(x, y)) < 255) continue;
-            if (icon.pixelColor(x, y).rgb() != ink.rgb()) return false;
+            if (!Screen::isNear(icon.pixelColor(x, y), ink, 8)) return false;
             ++count;
         }
     }

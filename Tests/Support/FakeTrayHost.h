@@ -9,6 +9,10 @@ class FakeTrayHost : public TrayHost {
 public:
     bool isAvailable() const override { return isAvailable_; }
 
+    bool tintsSymbolicIcons() const override { return isTinting; }
+
+    bool isTinting = false;
+
     void comeUp() {
         isAvailable_ = true;
         emit becameAvailable();

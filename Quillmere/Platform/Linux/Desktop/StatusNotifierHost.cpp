@@ -1,5 +1,7 @@
 #include "Quillmere/Platform/Linux/Desktop/StatusNotifierHost.h"
 
+#include "Quillmere/Platform/Linux/LinuxSession.h"
+
 #include <QAbstractNativeEventFilter>
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -10,8 +12,12 @@
 #include <QDBusVariant>
 #include <QTimer>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <functional>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace quillmere {
@@ -68,6 +74,15 @@ StatusNotifierHost::StatusNotifierHost() : x11_(QtX11::current()) {
 }
 
 StatusNotifierHost::~StatusNotifierHost() = default;
+
+bool StatusNotifierHost::tintsSymbolicIcons() const {
+    // As XDG_CURRENT_DESKTOP has them. Not LXQt, nor the bars of wlroots'
+    // compositors: they draw the file as it is.
+    constexpr std::array<std::string_view, 4> tinting{"GNOME", "KDE", "X-Cinnamon", "XFCE"};
+    return std::ranges::any_of(LinuxSession::current().desktops, [&](const std::string& desktop) {
+        return std::ranges::find(tinting, desktop) != tinting.end();
+    });
+}
 
 void StatusNotifierHost::watchBus() {
     auto bus = QDBusConnection::sessionBus();

@@ -21,6 +21,8 @@ public:
     ~StatusNotifierHost() override;
 
     bool isAvailable() const override { return isAvailable_; }
+    /// True on the desktops whose panels are known to: no panel says so.
+    bool tintsSymbolicIcons() const override;
 
 private:
     class SelectionFilter;
