@@ -22,7 +22,6 @@ constexpr int outerInset = 12;
 constexpr int minRowWidth = 220;
 constexpr int textAllowance = 64;
 constexpr double rowRadius = 12;
-constexpr double plateRadius = 26;
 constexpr int labelFontSize = 21;
 constexpr double visibleTime = 1.0;
 constexpr double fadeTime = 0.25;
@@ -43,11 +42,11 @@ std::vector<std::unique_ptr<PlateLabel>> makeLabels(const std::vector<std::strin
     return labels;
 }
 
-int rowWidthFor(const std::vector<std::unique_ptr<PlateLabel>>& labels, const QRectF& visibleFrame) {
+int rowWidthFor(const std::vector<std::unique_ptr<PlateLabel>>& labels, double screenWidth) {
     int width = minRowWidth;
     for (const auto& label : labels)
         width = std::max(width, label->width() + textAllowance);
-    const int room = static_cast<int>(visibleFrame.width()) - 2 * outerInset;
+    const int room = static_cast<int>(screenWidth) - 2 * outerInset;
     return std::max(minRowWidth, std::min(width, room));
 }
 
@@ -63,7 +62,7 @@ void centre(QWidget& label, const QWidget& row) {
 /// The points whose middle lies within the plate's rounded outline. A region
 /// made from the outline's path rounds its corner points and dents the curve.
 QRegion roundedRegion(const QRect& rect) {
-    const double radius = std::min(plateRadius, rect.height() / 2.0);
+    const double radius = std::min(PlatePanel::cornerRadius, rect.height() / 2.0);
     const auto insetAt = [&](int y) {
         const double fromEdge = std::min(y, rect.height() - 1 - y) + 0.5;
         const double rise = std::max(radius - fromEdge, 0.0);
@@ -83,11 +82,13 @@ SwitchHUD::SwitchHUD(PlatePanel& panel, MainQueue& queue, bool glassAvailable)
     : panel_(panel), queue_(queue), glassAvailable_(glassAvailable) {}
 
 void SwitchHUD::show(const std::vector<std::string>& names, int selected, const PlateSettings& settings) {
-    auto content = plate(rows(names, selected), settings);
+    // Asked once: the keyboard may go to a window on another monitor meanwhile.
+    const QRectF visibleFrame = panel_.visibleFrame();
+    auto content = plate(rows(names, selected, visibleFrame.width()), settings);
     const auto size = content->size();
     auto& shown = *content;
     panel_.setContent(content.release());
-    place(size);
+    place(size, visibleFrame);
     hideWork_.reset();
     panel_.setAlpha(1);
     panel_.orderFront();
@@ -95,9 +96,10 @@ void SwitchHUD::show(const std::vector<std::string>& names, int selected, const 
     scheduleHide();
 }
 
-std::unique_ptr<QWidget> SwitchHUD::rows(const std::vector<std::string>& names, int selected) const {
+std::unique_ptr<QWidget> SwitchHUD::rows(const std::vector<std::string>& names, int selected,
+                                         double screenWidth) const {
     auto labels = makeLabels(names);
-    const int rowWidth = rowWidthFor(labels, panel_.visibleFrame());
+    const int rowWidth = rowWidthFor(labels, screenWidth);
     auto content = std::make_unique<QWidget>();
     content->resize(rowWidth + 2 * outerInset, panelHeight(labels.size()));
     int y = outerInset;
@@ -133,15 +135,15 @@ std::unique_ptr<QWidget> SwitchHUD::plate(std::unique_ptr<QWidget> content, cons
     }
     const double opacity = translucent ? settings.resolvedOpacity(glassAvailable_) : 1;
     auto* background =
-        new PlateView(Palette::card().withAlpha(opacity), Palette::border(), plateRadius, container.get());
+        new PlateView(Palette::card().withAlpha(opacity), Palette::border(), PlatePanel::cornerRadius, container.get());
     background->setGeometry(bounds);
     content.release()->setParent(container.get());
     return container;
 }
 
-void SwitchHUD::place(const QSize& size) {
+void SwitchHUD::place(const QSize& size, const QRectF& visibleFrame) {
     QRectF frame(0, 0, size.width(), size.height());
-    frame.moveCenter(panel_.visibleFrame().center());
+    frame.moveCenter(visibleFrame.center());
     panel_.setFrame(frame);
 }
 

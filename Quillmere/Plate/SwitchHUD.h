@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+class QRectF;
 class QSize;
 class QWidget;
 
@@ -26,9 +27,9 @@ public:
     void show(const std::vector<std::string>& names, int selected, const PlateSettings& settings);
 
 private:
-    std::unique_ptr<QWidget> rows(const std::vector<std::string>& names, int selected) const;
+    std::unique_ptr<QWidget> rows(const std::vector<std::string>& names, int selected, double screenWidth) const;
     std::unique_ptr<QWidget> plate(std::unique_ptr<QWidget> content, const PlateSettings& settings) const;
-    void place(const QSize& size);
+    void place(const QSize& size, const QRectF& visibleFrame);
     void announce(QWidget& plate) const;
     void scheduleHide();
 

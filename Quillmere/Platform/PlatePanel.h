@@ -14,6 +14,10 @@ namespace quillmere {
 /// only. Lengths in points (device-independent pixels), y downwards.
 class PlatePanel {
 public:
+    /// Corner radius of the plate that it carries, in points. The panel's
+    /// shadow, which lies outside the frame, has the same.
+    static constexpr double cornerRadius = 26;
+
     PlatePanel() = default;
     PlatePanel(const PlatePanel&) = delete;
     PlatePanel& operator=(const PlatePanel&) = delete;

@@ -21,6 +21,8 @@ constexpr auto visibleTime = 1000ms;
 constexpr auto fadeTime = 250ms;
 // A timer counts whole milliseconds.
 constexpr auto timerGrain = 5ms;
+// Until the switch is on the screen, and until the test looks.
+constexpr auto reaction = 200ms;
 
 const QColor wallpaper(40, 120, 90);
 
@@ -121,11 +123,17 @@ TEST_F(PlateTest, ClicksGoThroughToWhatIsBeneath) {
 
 TEST_F(PlateTest, IsGoneASecondAndAQuarterAfterTheSwitch) {
     ASSERT_NO_FATAL_FAILURE(startOverFullScreen());
-    const auto pressed = Clock::now();
-    pressShortcut();
-    ASSERT_TRUE(program().waitForPlate());
-    ASSERT_TRUE(program().waitForNoPlate());
-    EXPECT_GE(Clock::now() - pressed, visibleTime + fadeTime - timerGrain);
+    // A busy machine adds to the time, now and then, and never takes from it.
+    auto shortest = Clock::duration::max();
+    for (int attempt = 0; attempt < 10 && shortest > visibleTime + fadeTime + reaction; ++attempt) {
+        const auto pressed = Clock::now();
+        pressShortcut();
+        ASSERT_TRUE(program().waitForPlate());
+        ASSERT_TRUE(program().waitForNoPlate());
+        shortest = std::min<Clock::duration>(shortest, Clock::now() - pressed);
+    }
+    EXPECT_GE(shortest, visibleTime + fadeTime - timerGrain);
+    EXPECT_LE(shortest, visibleTime + fadeTime + reaction);
 }
 
 TEST_F(PlateTest, TheLastOfSeveralSwitchesDecidesHowLongItStays) {
@@ -175,9 +183,9 @@ protected:
         const int right = picture.width() - 1;
         const int bottom = picture.height() - 1;
         for (const QPoint corner : {QPoint(0, 0), QPoint(right, 0), QPoint(0, bottom), QPoint(right, bottom)})
-            EXPECT_EQ(picture.pixelColor(corner), wallpaper) << "the corner is cut";
+            EXPECT_TRUE(isBare(picture.pixelColor(corner))) << "the corner is cut";
         // Around the corner's arc of radius 26: outside it, and inside the outline.
-        EXPECT_EQ(picture.pixelColor(5, 5), wallpaper);
+        EXPECT_TRUE(isBare(picture.pixelColor(5, 5)));
         EXPECT_PRED2(isLike, picture.pixelColor(11, 11), card);
         for (const QPoint edge : {QPoint(0, 96), QPoint(right, 96), QPoint(122, 0), QPoint(122, bottom)})
             EXPECT_PRED2(isLike, picture.pixelColor(edge), border);
@@ -203,6 +211,14 @@ protected:
     }
 
     static bool isLike(QColor a, QColor b) { return Screen::isNear(a, b); }
+
+    /// The wallpaper, in the plate's shadow where there is a compositor.
+    static bool isBare(QColor color) {
+        if (!GetParam().hasCompositor) return color == wallpaper;
+        const auto isShaded = [](int channel, int lit) { return channel <= lit && channel >= lit * 6 / 10; };
+        return isShaded(color.red(), wallpaper.red()) && isShaded(color.green(), wallpaper.green())
+               && isShaded(color.blue(), wallpaper.blue());
+    }
 };
 
 TEST_P(PlateLookTest, EqualsTheDesignToThePixel) {

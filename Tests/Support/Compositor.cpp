@@ -5,9 +5,20 @@
 
 namespace quillmere::support {
 
-Compositor::Compositor(const std::filesystem::path& folder, const Environment& environment, XConnection& connection)
+namespace {
+
+std::vector<std::string> command(bool drawsShadows) {
+    std::vector<std::string> arguments{"picom", "--backend", "xrender", "--config", "/dev/null"};
+    if (drawsShadows) arguments.emplace_back("--shadow");
+    return arguments;
+}
+
+}  // namespace
+
+Compositor::Compositor(const std::filesystem::path& folder, const Environment& environment, XConnection& connection,
+                       bool drawsShadows)
     : process_({
-          .arguments = {"picom", "--backend", "xrender", "--config", "/dev/null"},
+          .arguments = command(drawsShadows),
           .environment = environment,
           .output = folder / "compositor.log",
           .inheritedDescriptors = {},

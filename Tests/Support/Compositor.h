@@ -5,13 +5,14 @@
 
 namespace quillmere::support {
 
-/// A real compositor (picom), without shadows, fades or any other effect of
-/// its own, so that what is on the screen is what the windows drew.
+/// A real compositor (picom), without fades or any other effect of its own but
+/// shadows, if wanted: what is on the screen is what the windows drew.
 class Compositor {
 public:
     /// Starts it and waits until it composites. `environment` holds the
     /// display; `folder` receives the output.
-    Compositor(const std::filesystem::path& folder, const Environment& environment, XConnection& connection);
+    Compositor(const std::filesystem::path& folder, const Environment& environment, XConnection& connection,
+               bool drawsShadows);
 
 private:
     ChildProcess process_;

@@ -15,8 +15,12 @@ Desktop::Desktop(const Options& options) {
     server_ = std::make_unique<XServer>(folder(), environment_, options.screen);
     environment_["DISPLAY"] = server_->display();
     server_->setLayouts(options.layouts, options.variants);
+    server_->setMonitors(options.monitors);
     windowManager_ = std::make_unique<WindowManager>(folder(), environment_, connection());
-    if (options.hasCompositor) compositor_ = std::make_unique<Compositor>(folder(), environment_, connection());
+    if (options.hasCompositor) {
+        compositor_ =
+            std::make_unique<Compositor>(folder(), environment_, connection(), options.compositorDrawsShadows);
+    }
     if (options.hasTray) startTray();
     if (options.scheme) portal_ = std::make_unique<SettingsPortal>(bus_->connect(), *options.scheme);
     typist_ = std::make_unique<Typist>(display());

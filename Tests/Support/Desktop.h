@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quillmere::support {
 
@@ -26,7 +27,10 @@ public:
         std::string layouts = "us,ua,de";
         std::string variants;
         QSize screen{1280, 800};
+        /// Where the monitors are on the screen; none: one that fills it.
+        std::vector<QRect> monitors;
         bool hasCompositor = false;
+        bool compositorDrawsShadows = false;
         bool hasTray = true;
         /// No value: a desktop without a settings portal.
         std::optional<SettingsPortal::Scheme> scheme = SettingsPortal::Scheme::light;

@@ -35,7 +35,10 @@ public:
         frame_ = frame;
     }
 
-    QRectF visibleFrame() const override { return visibleFrameValue; }
+    QRectF visibleFrame() const override {
+        ++visibleFrameCalls;
+        return visibleFrameValue;
+    }
 
     void setAlpha(double alpha) override {
         calls.emplace_back("setAlpha");
@@ -79,6 +82,7 @@ public:
     const std::deque<Fade>& fades() const { return fades_; }
 
     QRectF visibleFrameValue{0, 0, 1280, 800};
+    mutable int visibleFrameCalls = 0;
     bool translucent = true;
     std::vector<std::string> calls;  ///< the names of the changing calls, in their order
 

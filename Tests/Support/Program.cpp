@@ -2,6 +2,8 @@
 
 #include "Tests/Support/WaitUntil.h"
 
+#include <QMargins>
+
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput2.h>
 
@@ -70,7 +72,13 @@ bool Program::waitForTrayItem() {
 }
 
 std::optional<WindowInfo> Program::plate() const {
-    return desktop_.connection().visibleWindow(plateTitle);
+    auto window = desktop_.connection().visibleWindow(plateTitle);
+    if (!window) return std::nullopt;
+    // left, right, top, bottom: what of the window is shadow
+    const auto shadow = desktop_.connection().numbers(window->id, "_GTK_FRAME_EXTENTS", 4);
+    const auto side = [&](std::size_t index) { return static_cast<int>(shadow.size() == 4 ? shadow[index] : 0); };
+    window->frame = window->frame.marginsRemoved(QMargins(side(0), side(2), side(1), side(3)));
+    return window;
 }
 
 bool Program::waitForPlate() const {

@@ -34,7 +34,8 @@ public:
     /// Waits for its tray icon.
     bool waitForTrayItem();
 
-    /// Its plate's window while that is on the screen.
+    /// Its plate's window while that is on the screen; the frame is the plate's
+    /// own, without its shadow.
     std::optional<WindowInfo> plate() const;
     bool waitForPlate() const;
     bool waitForNoPlate() const;

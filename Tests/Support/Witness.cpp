@@ -69,6 +69,19 @@ void Witness::openWindow(Size size, QColor background) {
     connection_.synchronize();
 }
 
+void Witness::moveTo(QPoint origin) {
+    XMoveWindow(connection_.display(), window_, origin.x(), origin.y());
+    const auto isThere = [&] {
+        int x = 0;
+        int y = 0;
+        Window ignored = 0;
+        XTranslateCoordinates(connection_.display(), window_, connection_.root(), 0, 0, &x, &y, &ignored);
+        // Its window manager's frame lies around it.
+        return QRect(origin, QSize(100, 100)).contains(x, y);
+    };
+    if (!waitUntil(isThere)) throw SupportError("the witness does not move");
+}
+
 void Witness::readEvents() {
     connection_.synchronize();
     while (XPending(connection_.display()) > 0) {

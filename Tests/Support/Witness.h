@@ -62,6 +62,9 @@ public:
     /// false when another program has it.
     bool grabKey(Key key, unsigned int modifiers);
 
+    /// Moves its window, frame and all, and waits until it is there.
+    void moveTo(QPoint origin);
+
     unsigned long window() const { return window_; }
     XConnection& connection() { return connection_; }
 

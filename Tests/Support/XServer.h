@@ -4,11 +4,13 @@
 #include "Tests/Support/Environment.h"
 #include "Tests/Support/XConnection.h"
 
+#include <QRect>
 #include <QSize>
 
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace quillmere::support {
 
@@ -26,6 +28,10 @@ public:
     /// Replaces the keyboard's layouts, as a user would: "us,ua,de", variants
     /// as ",,nodeadkeys" (empty for none).
     void setLayouts(const std::string& layouts, const std::string& variants = {});
+
+    /// Divides the screen among several monitors; does nothing for none. The
+    /// first is the primary one.
+    void setMonitors(const std::vector<QRect>& frames);
 
     /// The index of the layout in use.
     int group();

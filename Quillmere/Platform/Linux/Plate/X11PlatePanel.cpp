@@ -42,21 +42,24 @@ std::unique_ptr<QWidget> makeWindow() {
     return window;
 }
 
-// Compositors draw a square shadow behind the rounded plate, except behind a
-// window that says it brings its own.
+// picom draws shadows behind windows that bring their own, unless it is told
+// not to by its own property.
 void refuseShadow(const QtX11& x11, xcb_window_t window) {
-    constexpr std::array<std::uint32_t, 4> extents{};
-    xcb_change_property(x11.connection(), XCB_PROP_MODE_REPLACE, window, x11.atom("_GTK_FRAME_EXTENTS"),
-                        XCB_ATOM_CARDINAL, 32, extents.size(), extents.data());
+    constexpr std::uint32_t none = 0;
+    xcb_change_property(x11.connection(), XCB_PROP_MODE_REPLACE, window, x11.atom("_COMPTON_SHADOW"), XCB_ATOM_CARDINAL,
+                        32, 1, &none);
 }
 
 }  // namespace
 
-X11PlatePanel::X11PlatePanel() : x11_(QtX11::current()), window_(makeWindow()) {
+X11PlatePanel::X11PlatePanel()
+    : x11_(QtX11::current()), window_(makeWindow()), shadow_(new PlateShadow(window_.get())) {
     if (x11_) {
+        mainScreen_.emplace(*x11_);
+        frameExtents_ = x11_->atom("_GTK_FRAME_EXTENTS");
+        refuseShadow(*x11_, static_cast<xcb_window_t>(window_->winId()));
         compositorSelection_ = x11_->screenSelection("_NET_WM_CM_S");
         isOpacityHeeded_ = x11_->windowManagerName() != deafWindowManager;
-        refuseShadow(*x11_, static_cast<xcb_window_t>(window_->winId()));
     }
     fadeStep_.setTimerType(Qt::PreciseTimer);
     fadeStep_.setInterval(fadeStepTime);
@@ -67,20 +70,38 @@ X11PlatePanel::~X11PlatePanel() = default;
 
 void X11PlatePanel::setContent(QWidget* content) {
     delete std::exchange(content_, content);
-    content->setParent(window_.get());
-    content->move(0, 0);
+    content->setParent(shadow_);
     content->show();
+    // Content with a mask has no compositor that would blend a shadow, and other
+    // display servers would take the shadow's room for a part of the plate.
+    shadow_->setDrawn(x11_ && content->mask().isEmpty());
 }
 
 void X11PlatePanel::setFrame(const QRectF& frame) {
     const QPoint origin(static_cast<int>(std::lround(frame.x())), static_cast<int>(std::lround(frame.y())));
-    window_->setGeometry(QRect(origin, frame.size().toSize()));
+    const QMargins room = shadow_->isDrawn() ? PlateShadow::margins() : QMargins();
+    window_->setGeometry(QRect(origin, frame.size().toSize()).marginsAdded(room));
+    shadow_->resize(window_->size());
+    if (content_) content_->move(room.left(), room.top());
     // The content's own mask cuts the window too: without a compositor nothing
     // else keeps its corners from showing black.
     window_->setMask(content_ ? content_->mask() : QRegion());
+    tellShadow(room);
+}
+
+/// A compositor draws its own shadow, a square one, behind a window that does
+/// not say how much of it is shadow already, even if that is nothing.
+void X11PlatePanel::tellShadow(const QMargins& room) const {
+    if (!x11_) return;
+    const double scale = window_->devicePixelRatioF();
+    const auto pixels = [scale](int points) { return static_cast<std::uint32_t>(std::lround(points * scale)); };
+    const std::array extents{pixels(room.left()), pixels(room.right()), pixels(room.top()), pixels(room.bottom())};
+    xcb_change_property(x11_->connection(), XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window_->winId()),
+                        frameExtents_, XCB_ATOM_CARDINAL, 32, extents.size(), extents.data());
 }
 
 QRectF X11PlatePanel::visibleFrame() const {
+    if (mainScreen_) return mainScreen_->visibleFrame();
     const QScreen* screen = QGuiApplication::primaryScreen();
     return screen ? QRectF(screen->availableGeometry()) : QRectF();
 }
@@ -147,13 +168,12 @@ void X11PlatePanel::applyAlpha(double alpha) {
 
 /// Not the way for every compositor: each step draws the plate anew.
 void X11PlatePanel::paintAt(double alpha) {
-    if (content_ == nullptr) return;
     if (alpha == 1) {
-        content_->setGraphicsEffect(nullptr);
+        shadow_->setGraphicsEffect(nullptr);
         return;
     }
-    auto* effect = qobject_cast<QGraphicsOpacityEffect*>(content_->graphicsEffect());
-    if (effect == nullptr) content_->setGraphicsEffect(effect = new QGraphicsOpacityEffect);
+    auto* effect = qobject_cast<QGraphicsOpacityEffect*>(shadow_->graphicsEffect());
+    if (effect == nullptr) shadow_->setGraphicsEffect(effect = new QGraphicsOpacityEffect);
     effect->setOpacity(alpha);
 }
 

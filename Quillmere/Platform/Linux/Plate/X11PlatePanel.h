@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Quillmere/Platform/Linux/Plate/PlateShadow.h"
+#include "Quillmere/Platform/Linux/Plate/X11MainScreen.h"
 #include "Quillmere/Platform/Linux/X11/QtX11.h"
 #include "Quillmere/Platform/PlatePanel.h"
 
@@ -41,6 +43,7 @@ private:
         QElapsedTimer clock;
     };
 
+    void tellShadow(const QMargins& room) const;
     bool canFade() const;
     void stepFade();
     void endFade(int number, const std::function<void()>& completion);
@@ -48,11 +51,14 @@ private:
     void paintAt(double alpha);
 
     std::optional<QtX11> x11_;
+    std::optional<X11MainScreen> mainScreen_;  ///< absent where the display is not X11
     xcb_atom_t compositorSelection_ = XCB_ATOM_NONE;
+    xcb_atom_t frameExtents_ = XCB_ATOM_NONE;
     /// Whether the compositor makes a window as opaque as it asks to be.
     bool isOpacityHeeded_ = true;
     std::unique_ptr<QWidget> window_;
-    QWidget* content_ = nullptr;  ///< owned by the window
+    PlateShadow* shadow_;         ///< owned by the window, and fills it
+    QWidget* content_ = nullptr;  ///< owned by the shadow
     double alpha_ = 1;
     std::optional<Fade> fade_;
     int fadeNumber_ = 0;  ///< counts fades and what overtakes them

@@ -2,10 +2,10 @@
 
 #include <QGuiApplication>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <string>
 
 // Last: its macros break Qt's headers.
 #include <X11/Xlib.h>
@@ -18,6 +18,29 @@ template <typename Reply>
 std::unique_ptr<Reply, decltype(&std::free)> owned(Reply* reply) {
     return {reply, &std::free};
 }
+
+/// A property that has been asked for, and is not waited for yet.
+class PropertyQuestion {
+public:
+    PropertyQuestion(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property)
+        : connection_(connection),
+          cookie_(xcb_get_property(connection, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, maxWords)) {}
+
+    auto reply() const { return owned(xcb_get_property_reply(connection_, cookie_, nullptr)); }
+
+    std::vector<std::uint32_t> numbers() const {
+        const auto answer = reply();
+        if (!answer || answer->format != 32) return {};
+        const auto* first = static_cast<const std::uint32_t*>(xcb_get_property_value(answer.get()));
+        return {first, first + answer->value_len};
+    }
+
+private:
+    static constexpr std::uint32_t maxWords = 4096;
+
+    xcb_connection_t* connection_;
+    xcb_get_property_cookie_t cookie_;
+};
 
 }  // namespace
 
@@ -33,9 +56,17 @@ std::optional<QtX11> QtX11::current() {
 }
 
 xcb_atom_t QtX11::atom(const char* name) const {
-    const auto cookie = xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    const auto reply = owned(xcb_intern_atom_reply(connection_, cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    return atoms(std::array{name}).front();
+}
+
+void QtX11::internAtoms(std::span<const char* const> names, std::span<xcb_atom_t> result) const {
+    std::vector<xcb_intern_atom_cookie_t> cookies;
+    for (const char* name : names)
+        cookies.push_back(xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name));
+    std::ranges::transform(cookies, result.begin(), [this](xcb_intern_atom_cookie_t cookie) {
+        const auto reply = owned(xcb_intern_atom_reply(connection_, cookie, nullptr));
+        return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    });
 }
 
 xcb_atom_t QtX11::screenSelection(const char* prefix) const {
@@ -50,21 +81,42 @@ bool QtX11::isOwned(xcb_atom_t selection) const {
 }
 
 std::string QtX11::windowManagerName() const {
-    const std::string window = property(root_, "_NET_SUPPORTING_WM_CHECK");
-    xcb_window_t manager = XCB_WINDOW_NONE;
-    if (window.size() != sizeof manager) return {};
-    std::memcpy(&manager, window.data(), sizeof manager);
-    return property(manager, "_NET_WM_NAME");
-}
-
-/// The first bytes of the property's value, whatever it is.
-std::string QtX11::property(xcb_window_t window, const char* name) const {
-    constexpr std::uint32_t maxWords = 64;
-    const auto cookie = xcb_get_property(connection_, 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, maxWords);
-    const auto reply = owned(xcb_get_property_reply(connection_, cookie, nullptr));
+    const auto manager = numbers(root_, atom("_NET_SUPPORTING_WM_CHECK"));
+    if (manager.empty()) return {};
+    const auto reply = PropertyQuestion(connection_, manager.front(), atom("_NET_WM_NAME")).reply();
     if (!reply) return {};
     const auto* bytes = static_cast<const char*>(xcb_get_property_value(reply.get()));
     return {bytes, static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+}
+
+std::vector<std::uint32_t> QtX11::numbers(xcb_window_t window, xcb_atom_t property) const {
+    return PropertyQuestion(connection_, window, property).numbers();
+}
+
+std::vector<std::vector<std::uint32_t>> QtX11::numbers(std::span<const xcb_window_t> windows,
+                                                       xcb_atom_t property) const {
+    std::vector<PropertyQuestion> questions;
+    for (const xcb_window_t window : windows)
+        questions.emplace_back(connection_, window, property);
+    std::vector<std::vector<std::uint32_t>> answers;
+    std::ranges::transform(questions, std::back_inserter(answers), &PropertyQuestion::numbers);
+    return answers;
+}
+
+std::optional<QRect> QtX11::frame(xcb_window_t window) const {
+    if (window == XCB_WINDOW_NONE) return std::nullopt;
+    const auto sizeCookie = xcb_get_geometry(connection_, window);
+    const auto placeCookie = xcb_translate_coordinates(connection_, window, root_, 0, 0);
+    const auto size = owned(xcb_get_geometry_reply(connection_, sizeCookie, nullptr));
+    const auto place = owned(xcb_translate_coordinates_reply(connection_, placeCookie, nullptr));
+    if (!size || !place) return std::nullopt;
+    return QRect(place->dst_x, place->dst_y, size->width, size->height);
+}
+
+xcb_window_t QtX11::focusedWindow() const {
+    const auto reply = owned(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+    const bool isWindow = reply && reply->focus != root_ && reply->focus != XCB_INPUT_FOCUS_POINTER_ROOT;
+    return isWindow ? reply->focus : xcb_window_t{XCB_WINDOW_NONE};
 }
 
 }  // namespace quillmere
