@@ -6,9 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QLabel>
 #include <QMenu>
 
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace quillmere {
 namespace {
@@ -39,6 +42,19 @@ protected:
             << "the keyboard must not wait for the plate";
         system.queue.advance(0);
         return decision;
+    }
+
+    /// What stands on the plate, from the top; the highlighted name in brackets.
+    std::vector<std::string> plateNames() const {
+        std::vector<std::string> names;
+        // Children come in the order in which they were added, which is from the top.
+        for (const auto* label : system.panel.content()->findChildren<QLabel*>()) {
+            const auto name = label->text().toStdString();
+            const auto* row = dynamic_cast<const PlateView*>(label->parent());
+            const bool isHighlighted = row != nullptr && row->fill() == Palette::selection();
+            names.push_back(isHighlighted ? "[" + name + "]" : name);
+        }
+        return names;
     }
 
     FakePlatform system;
@@ -81,7 +97,9 @@ TEST_F(AppDelegateTest, ASwitchShowsTheGroupsNamesAndTheSelectedOne) {
     EXPECT_EQ(press(), InterceptDecision::swallow);
     EXPECT_EQ(system.inputSources.current, "c");
     EXPECT_TRUE(system.panel.isVisible());
-    EXPECT_EQ(system.panel.frame().height(), 3 * 52 + 2 * 6 + 24);
+    EXPECT_EQ(plateNames(), (std::vector<std::string>{"Alpha", "gone", "[Gamma]"}));
+    press();
+    EXPECT_EQ(plateNames(), (std::vector<std::string>{"[Alpha]", "gone", "Gamma"}));
 }
 
 TEST_F(AppDelegateTest, ManyOnlyHidesThePlateOfTwoButNotOfThree) {
@@ -119,7 +137,7 @@ TEST_F(AppDelegateTest, ThePreviewIsShownWhateverTheVisibility) {
     launch();
     delegate->model().onPreview();
     EXPECT_TRUE(system.panel.isVisible());
-    EXPECT_EQ(system.panel.frame().height(), 2 * 52 + 6 + 24);
+    EXPECT_EQ(plateNames(), (std::vector<std::string>{"[English]", "Українська"}));
 }
 
 TEST_F(AppDelegateTest, TheTapLearnsOfEveryChangeAtOnce) {

@@ -48,6 +48,7 @@ INSTANTIATE_TEST_SUITE_P(
                     NamedColor{"accent", Palette::accent, {168, 78, 44}, {222, 107, 60}},
                     NamedColor{"selection", Palette::selection, {27, 29, 34}, {236, 235, 231}, 0.12, 0.16},
                     NamedColor{"muted", Palette::muted, {95, 99, 107}, {163, 166, 173}},
+                    NamedColor{"label", labelColor, {0, 0, 0}, {255, 255, 255}, 0.85, 0.85},
                     NamedColor{"clear", Palette::clear, {0, 0, 0}, {0, 0, 0}, 0, 0}),
     [](const auto& info) { return std::string(info.param.name); });
 

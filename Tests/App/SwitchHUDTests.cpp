@@ -177,6 +177,9 @@ TEST_F(SwitchHUDTest, AShowDuringTheFadeBringsThePlateBackForAFullSecond) {
     queue.advance(0.99);
     EXPECT_TRUE(panel.fades().empty());
     queue.advance(0.01);
+    ASSERT_EQ(panel.fades().size(), 1U);
+    EXPECT_EQ(panel.fades()[0].alpha, 0);
+    EXPECT_EQ(panel.fades()[0].seconds, 0.25);
     panel.finishFade();
     EXPECT_FALSE(panel.isVisible());
 }
@@ -184,7 +187,10 @@ TEST_F(SwitchHUDTest, AShowDuringTheFadeBringsThePlateBackForAFullSecond) {
 TEST_F(SwitchHUDTest, APlateThatFadedAwayComesBack) {
     show({"A"});
     queue.advance(1);
+    ASSERT_EQ(panel.fades().size(), 1U);
     panel.finishFade();
+    ASSERT_FALSE(panel.isVisible());
+    ASSERT_EQ(panel.alpha(), 0);
     show({"A"});
     EXPECT_TRUE(panel.isVisible());
     EXPECT_EQ(panel.alpha(), 1);
@@ -239,6 +245,34 @@ TEST_F(SwitchHUDTest, ThePictureHasThePalettesColors) {
     EXPECT_EQ(dark.pixelColor(122, 0), QColor(58, 61, 68));
     EXPECT_NEAR(dark.pixelColor(20, 40 + 58).red(), 38, 1);
     EXPECT_NEAR(dark.pixelColor(20, 40).red(), (236 * 0.16 + 38 * 0.8 * 0.84) / 0.832, 2);
+}
+
+TEST_F(SwitchHUDTest, NamesHaveTheColorOfPrimaryText) {
+    for (const bool isDark : {false, true}) {
+        Palette::setDark(isDark);
+        show({"MMMM"});
+        auto& label = labelOf(*rows()[0]);
+        QImage image(label.size(), QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        label.render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
+        QColor strongest(0, 0, 0, 0);
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QColor color = image.pixelColor(x, y);
+                if (color.alpha() > strongest.alpha()) strongest = color;
+            }
+        }
+        const int ink = isDark ? 255 : 0;
+        EXPECT_NEAR(strongest.red(), ink, 1);
+        EXPECT_NEAR(strongest.green(), ink, 1);
+        EXPECT_NEAR(strongest.blue(), ink, 1);
+        EXPECT_NEAR(strongest.alphaF(), 0.85, 0.02);
+    }
+}
+
+TEST_F(SwitchHUDTest, TheMainScreenIsAskedForOncePerShow) {
+    show({"A", std::string(200, 'w')});
+    EXPECT_EQ(panel.visibleFrameCalls, 1);
 }
 
 TEST_F(SwitchHUDTest, WithoutACompositorThePlateIsOpaqueAndCutToItsRoundedShape) {
