@@ -1,9 +1,12 @@
 #include "Fuzz/Require.h"
+#include "QuillmereCore/IPLiteral.h"
 #include "QuillmereCore/UpdateCheck.h"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
+
+#include <arpa/inet.h>
 
 namespace quillmere {
 namespace {
@@ -47,10 +50,19 @@ void checkDownload(const URL& feed, const std::string& name) {
     require(feed.path().starts_with(folder.substr(0, folder.rfind('/'))), "the folder stands beside the feed");
 }
 
+// The C library's opinion on what stands between a host's brackets. It knows of
+// no later versions.
+void checkIPLiteral(const std::string& text) {
+    if (text.starts_with('v') || text.starts_with('V') || text.contains('\0')) return;
+    in6_addr address{};
+    require(isIPLiteral(text) == (inet_pton(AF_INET6, text.c_str(), &address) == 1), "an IPv6 address is one");
+}
+
 // The first line is an address, the rest a file's name or another address.
 void check(std::string_view bytes) {
     const std::string_view text = bytes.substr(0, bytes.find('\n'));
     const std::string rest(bytes.substr(std::min(text.size() + 1, bytes.size())));
+    checkIPLiteral(rest);
     const auto feed = URL::parse(text);
     if (!feed) return;
     checkURL(*feed, text);

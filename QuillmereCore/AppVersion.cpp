@@ -1,5 +1,6 @@
 #include "QuillmereCore/AppVersion.h"
 
+#include "QuillmereCore/Characters.h"
 #include "QuillmereCore/Utf8.h"
 #include "QuillmereCore/Whitespace.h"
 
@@ -11,19 +12,6 @@
 namespace quillmere {
 
 namespace {
-
-// Whether a code point joins the character before it. A "-" with an accent on
-// it is a character of its own and separates no tag. The marks that any script
-// may use are enough: those of one script follow its letters, never a hyphen.
-constexpr bool joinsPrevious(char32_t character) {
-    constexpr std::pair<char32_t, char32_t> marks[] = {
-        {0x0300, 0x036F},   {0x0483, 0x0489},   {0x1AB0, 0x1AFF},   {0x1DC0, 0x1DFF},
-        {0x200C, 0x200D},   {0x20D0, 0x20FF},   {0xFE00, 0xFE0F},   {0xFE20, 0xFE2F},
-        {0x1F3FB, 0x1F3FF}, {0xE0020, 0xE007F}, {0xE0100, 0xE01EF},
-    };
-    return std::ranges::any_of(marks,
-                               [=](auto range) { return character >= range.first && character <= range.second; });
-}
 
 // No sign can get here: the text ends before the first "-", and a "+" is
 // nothing that from_chars takes.
@@ -59,8 +47,9 @@ std::optional<AppVersion> AppVersion::parse(std::string_view text) {
     const std::size_t hyphen = description.find('-');
     const bool isTagged = hyphen != std::string_view::npos;
     if (isTagged) {
-        const utf8::CodePoint next = utf8::first(description.substr(hyphen + 1));
-        if (next.length == 0 || joinsPrevious(next.value)) return std::nullopt;
+        // A "-" with an accent on it is a character of its own and separates no tag.
+        const std::string_view tag = description.substr(hyphen + 1);
+        if (tag.empty() || characters::joinsPrevious(tag)) return std::nullopt;
     }
     std::optional<std::vector<std::int64_t>> numbers = parseNumbers(description.substr(0, hyphen));
     if (!numbers) return std::nullopt;

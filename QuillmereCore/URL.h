@@ -20,7 +20,7 @@ public:
     /// - blanks or line breaks around or inside, control characters;
     /// - characters outside ASCII (a host must be in its "xn--" form, a path
     ///   percent-encoded) and ASCII ones that must be encoded: " < > \ ^ ` { | };
-    /// - "[" and "]" outside an IPv6 host, "%" without two hexadecimal digits;
+    /// - "[" and "]" outside an IPv6 host, a zone in such a host, "%" without two hexadecimal digits;
     /// - a port that is no number up to 65535.
     static std::optional<URL> parse(std::string_view text);
 

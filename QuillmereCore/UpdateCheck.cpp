@@ -1,9 +1,9 @@
 #include "QuillmereCore/UpdateCheck.h"
 
+#include "QuillmereCore/Characters.h"
 #include "QuillmereCore/UpdateFeed.h"
 #include "QuillmereCore/Whitespace.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -31,13 +31,6 @@ std::vector<std::string> notes(const UpdateFeed& feed, std::string_view language
     return result;
 }
 
-std::string lowercased(std::string text) {
-    std::ranges::transform(text, text.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    });
-    return text;
-}
-
 }  // namespace
 
 std::expected<UpdateOutcome, UpdateFeedError> evaluate(std::string_view data, const URL& feedURL,
@@ -54,8 +47,9 @@ std::expected<UpdateOutcome, UpdateFeedError> evaluate(std::string_view data, co
 }
 
 std::string language(std::span<const std::string> preferred) {
-    const std::string first = preferred.empty() ? std::string() : lowercased(preferred.front());
-    const bool isUkrainian = first == "uk" || first.starts_with("uk-") || first.starts_with("uk_");
+    const std::string first = preferred.empty() ? std::string() : characters::lowercased(preferred.front());
+    const bool isUkrainian =
+        first == "uk" || characters::hasPrefix(first, "uk-") || characters::hasPrefix(first, "uk_");
     return isUkrainian ? "uk" : "en";
 }
 

@@ -106,6 +106,36 @@ TEST(AppVersion, WhatIsNoVersionIsNoValue) {
         EXPECT_FALSE(AppVersion::parse(text)) << text;
 }
 
+TEST(AppVersion, AHyphenThatCarriesAMarkOfAnyScriptSeparatesNoTag) {
+    const std::string marks[] = {
+        "\u0301",      // combining acute accent
+        "\u05B0",      // Hebrew point sheva
+        "\u064B",      // Arabic fathatan
+        "\u093C",      // Devanagari sign nukta
+        "\u093E",      // Devanagari vowel sign aa, which takes a place of its own
+        "\u0E31",      // Thai character mai han-akat
+        "\u1ABF",      // combining Latin small letter w below
+        "\u200D",      // zero-width joiner
+        "\u3099",      // combining katakana-hiragana voiced sound mark
+        "\uFE0F",      // variation selector-16
+        "\U0001D165",  // musical symbol combining stem
+        "\U0001F3FB",  // emoji modifier
+        "\U000E0067",  // tag latin small letter g
+    };
+    for (const std::string& mark : marks) {
+        EXPECT_FALSE(AppVersion::parse("1.2-" + mark)) << mark;
+        EXPECT_FALSE(AppVersion::parse("1.2-" + mark + "rc")) << mark;
+        EXPECT_FALSE(AppVersion::parse("1.2-" + mark + "-rc")) << mark;
+        EXPECT_TRUE(AppVersion::parse("1.2-rc" + mark)) << mark;
+        EXPECT_TRUE(AppVersion::parse("1.2-rc-" + mark)) << mark;
+    }
+}
+
+TEST(AppVersion, ATagMayBeginWithWhateverStandsByItself) {
+    for (const char* tag : {"\u05D0", "\u0915", "\u1100", "\u200B", "\u3042", "\U0001F1FA\U0001F1E6", "\u00AD", "\r\n"})
+        EXPECT_TRUE(AppVersion::parse(std::string("1.2-") + tag)) << tag;
+}
+
 TEST(AppVersion, NumbersWithoutEndAreRead) {
     std::string text = "1";
     for (int i = 0; i < 100'000; ++i)

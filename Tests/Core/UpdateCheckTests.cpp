@@ -146,6 +146,18 @@ TEST(Language, OnlyTheFirstPreferredLanguageDecides) {
         EXPECT_EQ(UpdateCheck::language(preferred), language) << testing::PrintToString(preferred);
 }
 
+TEST(Language, LettersOfAnyScriptAreComparedInLowerCaseAndAsWholeCharacters) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"U\u212A", "uk"},       // the Kelvin sign, a capital k
+        {"\uFF35\uFF2B", "en"},  // wide letters are others
+        {"uk\u0301", "en"},      // a k with an accent is another
+        {"uk-\u0301UA", "en"},   // and so is such a hyphen
+        {"uk_\u093E", "en"},    {"uk-\xFF", "uk"}, {"\xFFuk", "en"}, {"uk-", "uk"}, {"uk_", "uk"},
+    };
+    for (const auto& [preferred, language] : cases)
+        EXPECT_EQ(UpdateCheck::language(Items{preferred}), language) << preferred;
+}
+
 TEST(DownloadURL, AnExplicitAddressDecidesAlone) {
     const auto download = [](const char* address) { return UpdateCheck::downloadURL(feedURL, "a.zip", address); };
     EXPECT_EQ(download("http://other.org/b?c"), url("http://other.org/b?c"));
