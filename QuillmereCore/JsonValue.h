@@ -10,8 +10,10 @@
 
 namespace quillmere::json {
 
-/// The deepest nesting of arrays and objects that `parse` accepts.
-inline constexpr std::size_t maximumDepth = 32;
+/// The deepest nesting of arrays and objects that `parse` accepts: what Apple's
+/// own JSON coders take, too. The document's reader, copies and end recurse as
+/// deep, for which a thread's smallest stack (512 KiB) has room.
+inline constexpr std::size_t maximumDepth = 512;
 
 /// Parses one UTF-8 JSON document strictly (no comments, no trailing commas,
 /// no text after the document). No value for anything else: bad syntax,

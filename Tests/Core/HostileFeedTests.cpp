@@ -76,7 +76,7 @@ void addNumbers(Bodies& bodies) {
 }
 
 void addNesting(Bodies& bodies) {
-    for (const std::size_t depth : {40U, 1000U, 100'000U}) {
+    for (const std::size_t depth : {600U, 10'000U, 100'000U}) {
         const std::string name = std::to_string(depth) + " deep";
         const std::string arrays = repeated(depth, "[") + repeated(depth, "]");
         const std::string objects = repeated(depth, "{\"a\":") + "1" + repeated(depth, "}");
@@ -85,7 +85,7 @@ void addNesting(Bodies& bodies) {
         bodies.push_back({"open arrays " + name, repeated(depth, "["), Answer::unreadable});
         bodies.push_back({"open objects " + name, repeated(depth, "{\"a\":"), Answer::unreadable});
     }
-    bodies.push_back({"just deep enough", with("unknown", repeated(31, "[") + repeated(31, "]")), Answer::available});
+    bodies.push_back({"just deep enough", with("unknown", repeated(511, "[") + repeated(511, "]")), Answer::available});
 }
 
 void addTexts(Bodies& bodies) {

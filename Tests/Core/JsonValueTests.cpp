@@ -9,15 +9,18 @@
 #include <string>
 #include <vector>
 
+#include <pthread.h>
+
 namespace quillmere {
 namespace {
 
 using namespace std::string_literals;
 
-std::string nested(std::size_t depth, const std::string& open, const std::string& close) {
+std::string nested(std::size_t depth, const std::string& open, const std::string& close, const std::string& core = "") {
     std::string text;
     for (std::size_t i = 0; i < depth; ++i)
         text += open;
+    text += core;
     for (std::size_t i = 0; i < depth; ++i)
         text += close;
     return text;
@@ -84,6 +87,42 @@ TEST(JsonValue, NestingIsAcceptedDownToTheMaximumDepthAndNoFurther) {
     EXPECT_FALSE(json::parse(nested(json::maximumDepth + 1, "[", "]")));
     EXPECT_FALSE(json::parse(nested(json::maximumDepth + 1, "{\"a\":", "}")));
     EXPECT_FALSE(json::parse(std::string(1'000'000, '[')));
+}
+
+TEST(JsonValue, FiveHundredAndTwelveLevelsAreAcceptedWhereverTheyStand) {
+    EXPECT_TRUE(json::parse(nested(512, "[", "]")));
+    EXPECT_FALSE(json::parse(nested(513, "[", "]")));
+    for (const std::string level : {"[", "[0,", "{\"a\":"}) {
+        const std::string end = level.starts_with('[') ? "]" : "}";
+        EXPECT_TRUE(json::parse(level + nested(511, "[", "]") + end)) << level;
+        EXPECT_FALSE(json::parse(level + nested(512, "[", "]") + end)) << level;
+    }
+}
+
+// A thread's stack where it is smallest: a feed is evaluated on the network's.
+constexpr std::size_t smallStack = 512 * 1024;
+
+TEST(JsonValue, TheDeepestDocumentIsReadCopiedAndDestroyedOnASmallStack) {
+    const auto work = [](void*) -> void* {
+        const std::string texts[] = {
+            nested(json::maximumDepth, "[", "]"),
+            nested(json::maximumDepth / 2, "[{\"a\":", "}]", "0"),
+            nested(json::maximumDepth + 1, "[", "]"),
+        };
+        for (const std::string& text : texts) {
+            const std::optional<boost::json::value> document = json::parse(text);
+            const std::optional<boost::json::value> copy = document;
+            EXPECT_EQ(copy, document);
+        }
+        return nullptr;
+    };
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, smallStack), 0);
+    pthread_t thread = {};
+    ASSERT_EQ(pthread_create(&thread, &attributes, work, nullptr), 0);
+    EXPECT_EQ(pthread_join(thread, nullptr), 0);
+    EXPECT_EQ(pthread_attr_destroy(&attributes), 0);
 }
 
 TEST(JsonValue, OfDuplicateKeysTheLastWins) {
