@@ -58,38 +58,13 @@ std::string uuidText(const UUID& id) {
     return text;
 }
 
-bj::value encode(const CycleGroup& group) {
-    bj::object json;
-    json["id"] = uuidText(group.id);
-    if (group.shortcut) json["shortcut"] = encode(*group.shortcut);
-    bj::array& sources = json["sourceIDs"].emplace_array();
-    for (const std::string& source : group.sourceIDs)
-        sources.emplace_back(utf8::repaired(source));
-    return json;
-}
-
-std::optional<CycleGroup> decodeGroup(const bj::value& json) {
-    const bj::value* id = json::member(json, "id");
-    const std::optional<std::string> idText = id ? json::string(*id) : std::nullopt;
-    const std::optional<UUID> uuid = idText ? parseUUID(*idText) : std::nullopt;
-    const bj::value* sourceIDs = json::member(json, "sourceIDs");
-    std::optional<std::vector<std::string>> sources = sourceIDs ? json::strings(*sourceIDs) : std::nullopt;
-    if (!uuid || !sources) return std::nullopt;
-    CycleGroup group{*uuid, std::nullopt, *std::move(sources)};
-    const bj::value* shortcut = json::member(json, "shortcut");
-    if (!shortcut || shortcut->is_null()) return group;
-    group.shortcut = decodeShortcut(*shortcut);
-    if (!group.shortcut) return std::nullopt;
-    return group;
-}
-
 std::optional<std::vector<CycleGroup>> decodeGroups(const bj::value* json) {
     const bj::array* array = json ? json->if_array() : nullptr;
     if (!array) return std::nullopt;
     std::vector<CycleGroup> groups;
     groups.reserve(array->size());
     for (const bj::value& element : *array) {
-        std::optional<CycleGroup> group = decodeGroup(element);
+        std::optional<CycleGroup> group = decodeCycleGroup(element);
         if (!group) return std::nullopt;
         groups.push_back(*std::move(group));
     }
@@ -126,6 +101,31 @@ Config Config::defaults(std::span<const SourceInfo> available) {
     for (const SourceInfo& source : available)
         group.sourceIDs.push_back(source.id);
     return {true, {std::move(group)}, PlateSettings()};
+}
+
+bj::value encode(const CycleGroup& group) {
+    bj::object json;
+    json["id"] = uuidText(group.id);
+    if (group.shortcut) json["shortcut"] = encode(*group.shortcut);
+    bj::array& sources = json["sourceIDs"].emplace_array();
+    for (const std::string& source : group.sourceIDs)
+        sources.emplace_back(utf8::repaired(source));
+    return json;
+}
+
+std::optional<CycleGroup> decodeCycleGroup(const bj::value& json) {
+    const bj::value* id = json::member(json, "id");
+    const std::optional<std::string> idText = id ? json::string(*id) : std::nullopt;
+    const std::optional<UUID> uuid = idText ? parseUUID(*idText) : std::nullopt;
+    const bj::value* sourceIDs = json::member(json, "sourceIDs");
+    std::optional<std::vector<std::string>> sources = sourceIDs ? json::strings(*sourceIDs) : std::nullopt;
+    if (!uuid || !sources) return std::nullopt;
+    CycleGroup group{*uuid, std::nullopt, *std::move(sources)};
+    const bj::value* shortcut = json::member(json, "shortcut");
+    if (!shortcut || shortcut->is_null()) return group;
+    group.shortcut = decodeShortcut(*shortcut);
+    if (!group.shortcut) return std::nullopt;
+    return group;
 }
 
 std::string encodeConfig(const Config& config) {

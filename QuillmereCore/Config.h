@@ -3,6 +3,7 @@
 #include "QuillmereCore/PlateSettings.h"
 #include "QuillmereCore/Shortcut.h"
 
+#include <boost/json/value.hpp>
 #include <boost/uuid/uuid.hpp>
 
 #include <optional>
@@ -29,7 +30,7 @@ struct SourceInfo {
 
 /// Binds one optional shortcut to an ordered list of input sources.
 struct CycleGroup {
-    UUID id;
+    UUID id{};                           ///< all zeros until given
     std::optional<Shortcut> shortcut;    ///< absent: not recorded yet, never fires
     std::vector<std::string> sourceIDs;  ///< in cycling order; empty: never fires
 
@@ -63,17 +64,22 @@ struct Config {
     friend bool operator==(const Config&, const Config&) = default;
 };
 
-/// The configuration as compact UTF-8 JSON: {"active", "groups", "plate"}, a
-/// group {"id", "shortcut"?, "sourceIDs"} with its identifier in upper case.
-/// Always valid JSON: where a source identifier is not valid UTF-8, each byte
+/// JSON form: {"id", "shortcut"?, "sourceIDs"}, the identifier in upper case.
+/// Always valid UTF-8: where a source identifier is not valid UTF-8, each byte
 /// that belongs to no character is written as U+FFFD, so that one odd
-/// identifier cannot make the whole configuration unreadable.
+/// identifier cannot make a whole configuration unreadable.
+boost::json::value encode(const CycleGroup& group);
+
+/// Reads the JSON form, strictly; the identifier in its 8-4-4-4-12 form only, in
+/// either case. No value when something is missing or of the wrong type.
+std::optional<CycleGroup> decodeCycleGroup(const boost::json::value& json);
+
+/// The configuration as compact UTF-8 JSON: {"active", "groups", "plate"}.
 std::string encodeConfig(const Config& config);
 
 /// Reads that JSON. Strict for "active", "groups" and each group (one bad
-/// group fails the whole), forgiving inside "plate". Identifiers are read in
-/// their 8-4-4-4-12 form only, in either case. No value for anything
-/// that is not a configuration, whatever the bytes; never throws.
+/// group fails the whole), forgiving inside "plate". No value for anything that
+/// is not a configuration, whatever the bytes; never throws.
 std::optional<Config> decodeConfig(std::string_view bytes);
 
 }  // namespace quillmere

@@ -25,26 +25,29 @@ std::string_view text(const boost::json::value* json) {
     return string ? std::string_view(string->data(), string->size()) : std::string_view();
 }
 
+template <typename Enumeration>
+std::optional<Enumeration> caseOf(std::string_view rawValue) {
+    for (const Enumeration value : Enumeration::allCases)
+        if (value.rawValue() == rawValue) return value;
+    return std::nullopt;
+}
+
 }  // namespace
 
-std::string_view rawValue(PlateVisibility visibility) {
-    return visibility == PlateVisibility::always ? "always" : "manyOnly";
+std::string_view PlateVisibility::rawValue() const {
+    return case_ == always ? "always" : "manyOnly";
 }
 
-std::string_view rawValue(PlateBackground background) {
-    return background == PlateBackground::solid ? "solid" : "glass";
+std::string_view PlateBackground::rawValue() const {
+    return case_ == solid ? "solid" : "glass";
 }
 
-std::optional<PlateVisibility> plateVisibility(std::string_view text) {
-    for (const PlateVisibility visibility : allPlateVisibilities)
-        if (rawValue(visibility) == text) return visibility;
-    return std::nullopt;
+std::optional<PlateVisibility> PlateVisibility::fromRawValue(std::string_view text) {
+    return caseOf<PlateVisibility>(text);
 }
 
-std::optional<PlateBackground> plateBackground(std::string_view text) {
-    for (const PlateBackground background : allPlateBackgrounds)
-        if (rawValue(background) == text) return background;
-    return std::nullopt;
+std::optional<PlateBackground> PlateBackground::fromRawValue(std::string_view text) {
+    return caseOf<PlateBackground>(text);
 }
 
 PlateSettings::PlateSettings(PlateVisibility visibility, std::optional<PlateBackground> background,
@@ -78,8 +81,8 @@ double PlateSettings::resolvedOpacity(bool glassAvailable) const {
 
 boost::json::value encode(const PlateSettings& settings) {
     boost::json::object json;
-    json["visibility"] = rawValue(settings.visibility);
-    if (settings.background) json["background"] = rawValue(*settings.background);
+    json["visibility"] = settings.visibility.rawValue();
+    if (settings.background) json["background"] = settings.background->rawValue();
     if (settings.opacity()) json["opacity"] = *settings.opacity();
     return json;
 }
@@ -87,9 +90,10 @@ boost::json::value encode(const PlateSettings& settings) {
 std::optional<PlateSettings> decodePlateSettings(const boost::json::value& json) {
     if (!json.is_object()) return std::nullopt;
     const boost::json::value* opacity = json::member(json, "opacity");
-    return PlateSettings(plateVisibility(text(json::member(json, "visibility"))).value_or(PlateVisibility::always),
-                         plateBackground(text(json::member(json, "background"))),
-                         opacity ? number(*opacity) : std::nullopt);
+    return PlateSettings(
+        PlateVisibility::fromRawValue(text(json::member(json, "visibility"))).value_or(PlateVisibility::always),
+        PlateBackground::fromRawValue(text(json::member(json, "background"))),
+        opacity ? number(*opacity) : std::nullopt);
 }
 
 }  // namespace quillmere

@@ -4,34 +4,57 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
 namespace quillmere {
 
 /// When the plate is shown.
-enum class PlateVisibility {
-    always,    ///< on every switch
-    manyOnly,  ///< only when the group that fired has three or more sources
+class PlateVisibility {
+public:
+    enum Case : std::uint8_t {
+        always,    ///< on every switch
+        manyOnly,  ///< only when the group that fired has three or more sources
+    };
+    /// In their declared order.
+    static constexpr std::array allCases{always, manyOnly};
+
+    constexpr PlateVisibility(Case value) : case_(value) {}
+    constexpr operator Case() const { return case_; }
+
+    /// The case with this stored text; no value for any other text.
+    static std::optional<PlateVisibility> fromRawValue(std::string_view text);
+
+    /// The stored text: "always", "manyOnly".
+    std::string_view rawValue() const;
+
+private:
+    Case case_;
 };
 
 /// What the plate's background is made of.
-enum class PlateBackground {
-    solid,  ///< the card colour at the chosen opacity
-    glass,  ///< the platform's glass material, or a translucent stand-in
+class PlateBackground {
+public:
+    enum Case : std::uint8_t {
+        solid,  ///< the card colour at the chosen opacity
+        glass,  ///< the platform's glass material, or a translucent stand-in
+    };
+    /// In their declared order.
+    static constexpr std::array allCases{solid, glass};
+
+    constexpr PlateBackground(Case value) : case_(value) {}
+    constexpr operator Case() const { return case_; }
+
+    /// The case with this stored text; no value for any other text.
+    static std::optional<PlateBackground> fromRawValue(std::string_view text);
+
+    /// The stored text: "solid", "glass".
+    std::string_view rawValue() const;
+
+private:
+    Case case_;
 };
-
-/// Every case in its declared order.
-inline constexpr std::array allPlateVisibilities{PlateVisibility::always, PlateVisibility::manyOnly};
-inline constexpr std::array allPlateBackgrounds{PlateBackground::solid, PlateBackground::glass};
-
-/// The stored text of a case ("always", "manyOnly"; "solid", "glass").
-std::string_view rawValue(PlateVisibility visibility);
-std::string_view rawValue(PlateBackground background);
-
-/// The case with this stored text; no value for any other text.
-std::optional<PlateVisibility> plateVisibility(std::string_view rawValue);
-std::optional<PlateBackground> plateBackground(std::string_view rawValue);
 
 /// The user's choice of how the plate looks and when it is shown. A value; a
 /// set opacity is always a number from 0 to 1.

@@ -52,8 +52,16 @@ std::string Shortcut::displayString() const {
     return text + keyText(keyCode);
 }
 
+boost::json::value encode(Modifiers modifiers) {
+    return modifiers.rawValue;
+}
+
+std::optional<Modifiers> decodeModifiers(const boost::json::value& json) {
+    return json::integer(json).transform([](std::int64_t rawValue) { return Modifiers(rawValue); });
+}
+
 boost::json::value encode(const Shortcut& shortcut) {
-    return {{"keyCode", shortcut.keyCode}, {"modifiers", shortcut.modifiers.rawValue}};
+    return {{"keyCode", shortcut.keyCode}, {"modifiers", encode(shortcut.modifiers)}};
 }
 
 std::optional<Shortcut> decodeShortcut(const boost::json::value& json) {
@@ -61,9 +69,9 @@ std::optional<Shortcut> decodeShortcut(const boost::json::value& json) {
     const boost::json::value* modifiers = json::member(json, "modifiers");
     if (!keyCode || !modifiers) return std::nullopt;
     const std::optional<std::int64_t> code = json::integer(*keyCode);
-    const std::optional<std::int64_t> bits = json::integer(*modifiers);
-    if (!code || !bits) return std::nullopt;
-    return Shortcut{*code, Modifiers(*bits)};
+    const std::optional<Modifiers> set = decodeModifiers(*modifiers);
+    if (!code || !set) return std::nullopt;
+    return Shortcut{*code, *set};
 }
 
 }  // namespace quillmere

@@ -88,6 +88,12 @@ struct Shortcut {
 
 inline constexpr Shortcut Shortcut::fn{Shortcut::fnKeyCode, Modifiers{}};
 
+/// JSON form: one integer, the raw value.
+boost::json::value encode(Modifiers modifiers);
+
+/// Reads the JSON form, unknown bits too; no value for what is no integer.
+std::optional<Modifiers> decodeModifiers(const boost::json::value& json);
+
 /// JSON form: {"keyCode": integer, "modifiers": integer}.
 boost::json::value encode(const Shortcut& shortcut);
 

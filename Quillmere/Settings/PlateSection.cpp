@@ -26,8 +26,8 @@ QStringList backgroundTitles() {
     return {QStringLiteral("Solid"), QStringLiteral("Glass")};
 }
 
-template <typename Cases, typename Case>
-int indexOf(const Cases& cases, Case value) {
+template <typename Cases>
+int indexOf(const Cases& cases, typename Cases::value_type value) {
     return static_cast<int>(std::ranges::find(cases, value) - cases.begin());
 }
 
@@ -84,11 +84,14 @@ void PlateSection::layOut() {
 
 void PlateSection::observe() {
     connect(visibility_, &QComboBox::activated, this, [this](int index) {
-        edit(
-            [&](PlateSettings& plate) { plate.visibility = allPlateVisibilities.at(static_cast<std::size_t>(index)); });
+        edit([&](PlateSettings& plate) {
+            plate.visibility = PlateVisibility::allCases.at(static_cast<std::size_t>(index));
+        });
     });
     connect(background_, &SegmentedPicker::chosen, this, [this](int index) {
-        edit([&](PlateSettings& plate) { plate.background = allPlateBackgrounds.at(static_cast<std::size_t>(index)); });
+        edit([&](PlateSettings& plate) {
+            plate.background = PlateBackground::allCases.at(static_cast<std::size_t>(index));
+        });
     });
     connect(opacity_, &PaletteSlider::moved, this,
             [this](double value) { edit([&](PlateSettings& plate) { plate.setOpacity(value); }); });
@@ -100,7 +103,7 @@ void PlateSection::observe() {
 
 std::vector<QWidget*> PlateSection::controls() const {
     std::vector<QWidget*> controls{visibility_};
-    for (std::size_t i = 0; i < allPlateBackgrounds.size(); ++i)
+    for (std::size_t i = 0; i < PlateBackground::allCases.size(); ++i)
         controls.push_back(background_->segment(static_cast<int>(i)));
     controls.insert(controls.end(), {opacity_, preview_});
     return controls;
@@ -109,8 +112,8 @@ std::vector<QWidget*> PlateSection::controls() const {
 void PlateSection::refresh() {
     const PlateSettings& plate = model_.config().plate;
     const PlateBackground background = plate.resolvedBackground(glassAvailable_);
-    visibility_->setCurrentIndex(indexOf(allPlateVisibilities, plate.visibility));
-    background_->setCurrentIndex(indexOf(allPlateBackgrounds, background));
+    visibility_->setCurrentIndex(indexOf(PlateVisibility::allCases, plate.visibility));
+    background_->setCurrentIndex(indexOf(PlateBackground::allCases, background));
     opacityRow_->setVisible(background == PlateBackground::solid);
     const double opacity = plate.resolvedOpacity(glassAvailable_);
     opacity_->setValue(opacity);

@@ -37,6 +37,17 @@ TEST(ConfigJson, TheWrittenFormIsCompactAndHoldsTheListedKeysAlone) {
               R"("plate":{"visibility":"manyOnly","background":"solid","opacity":5E-1}})");
 }
 
+TEST(ConfigJson, AGroupHasAFormOfItsOwn) {
+    const auto json = json::parse("{" + id + "," + shortcut + "," + sources + "}").value();
+    const auto group = decodeCycleGroup(json);
+    ASSERT_TRUE(group);
+    EXPECT_EQ(group->shortcut, (Shortcut{49, Modifiers(12)}));
+    EXPECT_EQ(group->sourceIDs, (std::vector<std::string>{"xkb:us", "xkb:ua"}));
+    EXPECT_EQ(encode(*group), json);
+    EXPECT_FALSE(decodeCycleGroup(json::parse("{" + id + "}").value()));
+    EXPECT_FALSE(decodeCycleGroup(json::parse("[]").value()));
+}
+
 TEST(ConfigJson, AGroupWithoutAShortcutHasNoShortcutKeyAndDecodesBackToNone) {
     Config config;
     config.groups = {{makeUUID(), std::nullopt, {"A"}}};
@@ -150,6 +161,12 @@ TEST(ConfigJson, UnknownKeysAreIgnoredWhateverTheyHold) {
     }
 }
 
+TEST(ConfigJson, AnUnknownKeyMayHoldAnythingThatIsNotTooDeep) {
+    const std::string deep = std::string(511, '[') + std::string(511, ']');
+    EXPECT_EQ(decodeConfig(R"({"active":true,"groups":[],"later":)" + deep + "}"), Config());
+    EXPECT_FALSE(decodeConfig(R"({"active":true,"groups":[],"later":[)" + deep + "]}"));
+}
+
 TEST(ConfigJson, AnIdentifierIsReadInItsCanonicalFormOnly) {
     const struct {
         const char* text;
@@ -210,8 +227,8 @@ TEST(ConfigJson, WhatIsEncodedDecodesToAnEqualConfiguration) {
     for (int round = 0; round < 500; ++round) {
         Config config;
         config.active = below(2) == 0;
-        config.plate = PlateSettings(allPlateVisibilities[below(2)]);
-        if (below(2) == 0) config.plate.background = allPlateBackgrounds[below(2)];
+        config.plate = PlateSettings(PlateVisibility::allCases[below(2)]);
+        if (below(2) == 0) config.plate.background = PlateBackground::allCases[below(2)];
         if (below(2) == 0) config.plate.setOpacity(std::uniform_real_distribution<double>(-0.1, 1.1)(random));
         config.groups.resize(below(5), CycleGroup{makeUUID(), std::nullopt, {}});
         for (CycleGroup& group : config.groups) {

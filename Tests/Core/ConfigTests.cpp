@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -18,6 +22,16 @@ CycleGroup group(std::optional<Shortcut> shortcut, Sources sources) {
 
 Config config(std::vector<CycleGroup> groups) {
     return {true, std::move(groups), PlateSettings()};
+}
+
+TEST(CycleGroup, AGroupThatWasGivenNoIdentifierHasTheEmptyOne) {
+    alignas(CycleGroup) std::byte memory[sizeof(CycleGroup)];
+    std::ranges::fill(memory, std::byte{0xA5});
+    const auto group = std::unique_ptr<CycleGroup, decltype(&std::destroy_at<CycleGroup>)>(
+        new (memory) CycleGroup, &std::destroy_at<CycleGroup>);
+    EXPECT_TRUE(group->id.is_nil());
+    EXPECT_EQ(group->shortcut, std::nullopt);
+    EXPECT_TRUE(group->sourceIDs.empty());
 }
 
 TEST(CycleGroup, TheNextSourceFollowsTheCurrentOneAndWraps) {

@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 #include <boost/json/serialize.hpp>
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
 
 namespace quillmere {
 namespace {
@@ -63,8 +65,8 @@ TEST(PlateSettings, TheDefaultsAreAlwaysShownAndUnset) {
 }
 
 TEST(PlateSettings, TheBackgroundInEffectDecidesTheOpacity) {
-    constexpr auto solid = PlateBackground::solid;
-    constexpr auto glass = PlateBackground::glass;
+    constexpr PlateBackground solid = PlateBackground::solid;
+    constexpr PlateBackground glass = PlateBackground::glass;
     const struct {
         std::optional<PlateBackground> background;
         std::optional<double> opacity;
@@ -104,19 +106,27 @@ TEST(PlateSettings, ManyOnlyHidesThePlateForFewerThanThreeSources) {
 }
 
 TEST(PlateSettings, TheCasesHaveTheirOrderAndTheirStoredTexts) {
-    ASSERT_EQ(allPlateVisibilities.size(), 2U);
-    EXPECT_EQ(rawValue(allPlateVisibilities[0]), "always");
-    EXPECT_EQ(rawValue(allPlateVisibilities[1]), "manyOnly");
-    ASSERT_EQ(allPlateBackgrounds.size(), 2U);
-    EXPECT_EQ(rawValue(allPlateBackgrounds[0]), "solid");
-    EXPECT_EQ(rawValue(allPlateBackgrounds[1]), "glass");
-    for (const PlateVisibility visibility : allPlateVisibilities)
-        EXPECT_EQ(plateVisibility(rawValue(visibility)), visibility);
-    for (const PlateBackground background : allPlateBackgrounds)
-        EXPECT_EQ(plateBackground(rawValue(background)), background);
+    constexpr std::pair<PlateVisibility, const char*> visibilities[] = {
+        {PlateVisibility::always, "always"},
+        {PlateVisibility::manyOnly, "manyOnly"},
+    };
+    constexpr std::pair<PlateBackground, const char*> backgrounds[] = {
+        {PlateBackground::solid, "solid"},
+        {PlateBackground::glass, "glass"},
+    };
+    EXPECT_TRUE(PlateVisibility::allCases == (std::array{PlateVisibility::always, PlateVisibility::manyOnly}));
+    EXPECT_TRUE(PlateBackground::allCases == (std::array{PlateBackground::solid, PlateBackground::glass}));
+    for (const auto& [visibility, text] : visibilities) {
+        EXPECT_EQ(visibility.rawValue(), text);
+        EXPECT_EQ(PlateVisibility::fromRawValue(text), visibility);
+    }
+    for (const auto& [background, text] : backgrounds) {
+        EXPECT_EQ(background.rawValue(), text);
+        EXPECT_EQ(PlateBackground::fromRawValue(text), background);
+    }
     for (const char* unknown : {"", "Always", "manyonly", "solid ", "never"}) {
-        EXPECT_FALSE(plateVisibility(unknown)) << unknown;
-        EXPECT_FALSE(plateBackground(unknown)) << unknown;
+        EXPECT_FALSE(PlateVisibility::fromRawValue(unknown)) << unknown;
+        EXPECT_FALSE(PlateBackground::fromRawValue(unknown)) << unknown;
     }
 }
 
@@ -138,9 +148,10 @@ TEST(PlateSettings, EncodingWritesOnlyWhatIsSet) {
 }
 
 TEST(PlateSettings, SettingsSurviveTheirJsonForm) {
-    for (const PlateVisibility visibility : allPlateVisibilities)
-        for (const auto background : {std::optional<PlateBackground>(), std::optional(PlateBackground::solid),
-                                      std::optional(PlateBackground::glass)})
+    for (const PlateVisibility visibility : PlateVisibility::allCases)
+        for (const auto background :
+             {std::optional<PlateBackground>(), std::optional<PlateBackground>(PlateBackground::solid),
+              std::optional<PlateBackground>(PlateBackground::glass)})
             for (const auto opacity : {std::optional<double>(), std::optional(0.0), std::optional(0.1 + 0.2),
                                        std::optional(0.35), std::optional(1.0)}) {
                 const PlateSettings plate(visibility, background, opacity);
@@ -149,10 +160,10 @@ TEST(PlateSettings, SettingsSurviveTheirJsonForm) {
 }
 
 TEST(PlateSettings, DecodingIsForgivingKeyByKey) {
-    constexpr auto always = PlateVisibility::always;
-    constexpr auto manyOnly = PlateVisibility::manyOnly;
-    constexpr auto solid = PlateBackground::solid;
-    constexpr auto glass = PlateBackground::glass;
+    constexpr PlateVisibility always = PlateVisibility::always;
+    constexpr PlateVisibility manyOnly = PlateVisibility::manyOnly;
+    constexpr PlateBackground solid = PlateBackground::solid;
+    constexpr PlateBackground glass = PlateBackground::glass;
     const struct {
         const char* text;
         PlateSettings settings;

@@ -94,6 +94,25 @@ TEST(Modifiers, AreEqualAndHashAlikeByTheirBitsAlone) {
     EXPECT_EQ(set.size(), 2U);
 }
 
+TEST(Modifiers, TheJsonFormIsOneIntegerAndKeepsUnknownBits) {
+    EXPECT_EQ(encode(Modifiers{control, option}), json::parse("12").value());
+    const std::pair<const char*, std::optional<Modifiers>> cases[] = {
+        {"12", Modifiers{control, option}},
+        {"0", Modifiers()},
+        {"12.0", Modifiers(12)},
+        {"1040", Modifiers(1040)},
+        {"-1", Modifiers(-1)},
+        {"12.5", std::nullopt},
+        {"\"12\"", std::nullopt},
+        {"null", std::nullopt},
+        {"[12]", std::nullopt},
+        {"true", std::nullopt},
+        {"{\"rawValue\":12}", std::nullopt},
+    };
+    for (const auto& [text, modifiers] : cases)
+        EXPECT_EQ(decodeModifiers(json::parse(text).value()), modifiers) << text;
+}
+
 TEST(Shortcut, TheStaticMembersNameSpaceAndFn) {
     EXPECT_EQ(Shortcut::space, 49);
     EXPECT_EQ(Shortcut::fnKeyCode, 63);
