@@ -37,7 +37,7 @@ void AppDelegate::applicationDidFinishLaunching() {
                                                    .quit = &QCoreApplication::quit,
                                                });
     startInterceptor();
-    if (updateSchedule_) updateSchedule_->start();
+    if (updateSchedule_) updateSchedule_->startUpdateSchedule();
 }
 
 void AppDelegate::toggleActive() {
@@ -58,17 +58,19 @@ void AppDelegate::openSettings() {
     if (!settingsWindow_) {
         settingsWindow_ = std::make_unique<SettingsWindow>(model_, settings(), inputSources_, *platform_.workspace,
                                                            platform_.appearance->hasGlass());
-        settingsWindow_->onClose = [this] {
-            // Else the keyboard tap would go on handing keys to a recorder that nobody sees.
-            model_.endRecording();
-            giveBackMemory();
-        };
+        settingsWindow_->onClose = [this] { windowWillClose(); };
     }
     settingsWindow_->open();
 }
 
+void AppDelegate::windowWillClose() {
+    // Else the keyboard tap would go on handing keys to a recorder that nobody sees.
+    model_.endRecording();
+    giveBackMemory();
+}
+
 void AppDelegate::checkForUpdates() {
-    if (updateSchedule_) updateSchedule_->run(true);
+    if (updateSchedule_) updateSchedule_->runUpdateCheck(true);
 }
 
 UpdateWindow& AppDelegate::updateWindow() {

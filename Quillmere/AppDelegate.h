@@ -70,6 +70,8 @@ public:
 
 private:
     void makeUpdateSchedule();
+    /// The settings window is closed.
+    void windowWillClose();
     void startInterceptor();
     void observeInterest();
     void showSwitch(const CycleGroup& group, const std::string& selectedID);

@@ -10,24 +10,25 @@ namespace quillmere {
 
 namespace {
 
-UpdateFailure unreadable() {
-    return {"The update feed could not be read."};
+UpdateResult unreadable() {
+    return UpdateResult::failed("The update feed could not be read.");
 }
 
 UpdateResult evaluate(const std::string& body, const UpdateChecker& checker, const std::string& language) {
     const auto outcome = UpdateCheck::evaluate(body, checker.feedURL, checker.current, language);
     if (!outcome) {
-        if (outcome.error() == UpdateFeedError::noDownload) return UpdateFailure{"The update feed names no download."};
-        return unreadable();
+        if (outcome.error() != UpdateFeedError::noDownload) return unreadable();
+        return UpdateResult::failed("The update feed names no download.");
     }
-    if (outcome->isUpToDate()) return UpToDate{};
-    return *outcome->offer();
+    if (outcome->isUpToDate()) return UpdateResult::upToDate();
+    return UpdateResult::available(*outcome->offer());
 }
 
 UpdateResult decide(const FeedAnswer& answer, const UpdateChecker& checker, const std::string& language) {
     constexpr int okay = 200;
-    if (answer.transportError) return UpdateFailure{*answer.transportError};
-    if (answer.status != okay) return UpdateFailure{"The server answered " + std::to_string(answer.status) + "."};
+    if (answer.transportError) return UpdateResult::failed(*answer.transportError);
+    if (answer.status != okay)
+        return UpdateResult::failed("The server answered " + std::to_string(answer.status) + ".");
     if (!answer.body) return unreadable();
     return evaluate(*answer.body, checker, language);
 }

@@ -18,21 +18,21 @@ constexpr double day = 86'400;
 UpdateSchedule::UpdateSchedule(MainQueue& queue, UpdateStore& store, AppVersion current, Actions actions)
     : queue_(queue), store_(store), current_(std::move(current)), actions_(std::move(actions)) {}
 
-void UpdateSchedule::start() {
-    first_ = queue_.after(firstCheck, [this] { runIfDue(); });
+void UpdateSchedule::startUpdateSchedule() {
+    firstCheck_ = queue_.after(firstCheck, [this] { automaticUpdateCheck(); });
     // Hourly although a check is due daily: a computer that was asleep catches
     // up soon after it wakes.
-    hourly_ = queue_.every(hour, [this] { runIfDue(); });
+    updateTimer_ = queue_.every(hour, [this] { automaticUpdateCheck(); });
 }
 
-void UpdateSchedule::runIfDue() {
+void UpdateSchedule::automaticUpdateCheck() {
     if (!store_.automatic()) return;
-    if (UpdateCheck::isDue(store_.lastCheck(), queue_.now(), day)) run(false);
+    if (UpdateCheck::isDue(store_.lastCheck(), queue_.now(), day)) runUpdateCheck(false);
 }
 
-void UpdateSchedule::run(bool manual) {
-    if (isChecking_) return;
-    isChecking_ = true;
+void UpdateSchedule::runUpdateCheck(bool manual) {
+    if (checkingUpdate_) return;
+    checkingUpdate_ = true;
     // Before the request: a server in trouble is left alone until the next day.
     store_.setLastCheck(queue_.now());
     actions_.check([self = std::weak_ptr(self_), manual](const UpdateResult& result) {
@@ -41,20 +41,16 @@ void UpdateSchedule::run(bool manual) {
 }
 
 void UpdateSchedule::complete(const UpdateResult& result, bool manual) {
-    isChecking_ = false;
-    std::visit([&](const auto& value) { handle(value, manual); }, result);
-}
-
-void UpdateSchedule::handle(const UpdateOffer& offer, bool manual) {
-    if (UpdateCheck::shouldPresent(offer.version, store_.skipped(), manual)) actions_.present(offer);
-}
-
-void UpdateSchedule::handle(const UpdateFailure& failure, bool manual) {
-    if (manual) actions_.alert("Couldn't check for updates.", failure.message);
-}
-
-void UpdateSchedule::handle(const UpToDate& /*upToDate*/, bool manual) {
-    if (manual) actions_.alert("You're up to date.", "Quillmere " + current_.description() + " is the latest version.");
+    checkingUpdate_ = false;
+    if (const UpdateOffer* offer = result.offer()) {
+        if (UpdateCheck::shouldPresent(offer->version, store_.skipped(), manual)) actions_.present(*offer);
+        return;
+    }
+    if (!manual) return;
+    if (const std::string* message = result.failure())
+        actions_.alert("Couldn't check for updates.", *message);
+    else
+        actions_.alert("You're up to date.", "Quillmere " + current_.description() + " is the latest version.");
 }
 
 }  // namespace quillmere

@@ -32,29 +32,26 @@ public:
     UpdateSchedule(MainQueue& queue, UpdateStore& store, AppVersion current, Actions actions);
 
     /// Begins the automatic checks; once, at launch.
-    void start();
+    void startUpdateSchedule();
 
     /// Checks now. Nothing happens while a check is under way, not even for a
     /// manual one.
-    void run(bool manual);
+    void runUpdateCheck(bool manual);
 
     /// Whether a check is under way.
-    bool isChecking() const { return isChecking_; }
+    bool checkingUpdate() const { return checkingUpdate_; }
 
 private:
-    void runIfDue();
+    void automaticUpdateCheck();
     void complete(const UpdateResult& result, bool manual);
-    void handle(const UpdateOffer& offer, bool manual);
-    void handle(const UpdateFailure& failure, bool manual);
-    void handle(const UpToDate& upToDate, bool manual);
 
     MainQueue& queue_;
     UpdateStore& store_;
     AppVersion current_;
     Actions actions_;
-    MainQueue::JobHandle first_;
-    MainQueue::JobHandle hourly_;
-    bool isChecking_ = false;
+    MainQueue::JobHandle firstCheck_;
+    MainQueue::JobHandle updateTimer_;
+    bool checkingUpdate_ = false;
     // Tells a completion that comes too late that the schedule is gone.
     std::shared_ptr<UpdateSchedule*> self_ = std::make_shared<UpdateSchedule*>(this);
 };

@@ -67,7 +67,7 @@ TEST_F(AppDelegateUpdateTest, HalfAMinuteAfterLaunchANewerVersionIsOffered) {
     launchWithFeed(newerFeed);
     EXPECT_TRUE(delegate->updatesEnabled());
     system.queue.advance(29);
-    EXPECT_FALSE(delegate->updateSchedule()->isChecking());
+    EXPECT_FALSE(delegate->updateSchedule()->checkingUpdate());
     system.queue.advance(1);
     ASSERT_TRUE(waitUntil([&] { return delegate->updateWindow().window() != nullptr; }));
     EXPECT_EQ(delegate->updateWindow().window()->windowTitle(), "Quillmere 2.0 is available");

@@ -44,7 +44,7 @@ protected:
         checker->check(session, languages, [&](UpdateResult value) { result = std::move(value); });
         EXPECT_FALSE(result) << "the completion came before the check was under way";
         EXPECT_TRUE(waitUntil([&] { return result.has_value(); }));
-        return result.value_or(UpdateFailure{"no result"});
+        return result.value_or(UpdateResult::failed("no result"));
     }
 
     UpdateResult checkFeed(const QByteArray& body, const std::string& version = "1.0",
@@ -56,7 +56,7 @@ protected:
 };
 
 UpdateResult failure(const std::string& message) {
-    return UpdateFailure{message};
+    return UpdateResult::failed(message);
 }
 
 }  // namespace
@@ -110,15 +110,15 @@ TEST_F(UpdateCheckerTest, AProgramWithoutAVersionIsOfferedEveryOne) {
     std::optional<UpdateResult> result;
     UpdateChecker::configured(bundle)->check(session, {}, [&](UpdateResult value) { result = std::move(value); });
     ASSERT_TRUE(waitUntil([&] { return result.has_value(); }));
-    EXPECT_TRUE(std::holds_alternative<UpdateOffer>(*result));
+    EXPECT_TRUE(result->offer() != nullptr);
     EXPECT_EQ(server.requests().back().headers.at("user-agent"), "Quillmere/0");
 }
 
 TEST_F(UpdateCheckerTest, OffersANewerVersion) {
     const UpdateResult result = checkFeed(R"({"version": "1.1", "file": "quillmere-1.1.deb", "size": 2300000,
                                               "notes": {"en": [" Faster. "], "uk": ["Швидше."]}})");
-    ASSERT_TRUE(std::holds_alternative<UpdateOffer>(result));
-    const auto& offer = std::get<UpdateOffer>(result);
+    ASSERT_TRUE(result.offer() != nullptr);
+    const UpdateOffer& offer = *result.offer();
     EXPECT_EQ(offer.version.description(), "1.1");
     EXPECT_EQ(offer.size, 2'300'000);
     EXPECT_EQ(offer.notes, std::vector<std::string>{"Faster."});
@@ -128,7 +128,7 @@ TEST_F(UpdateCheckerTest, OffersANewerVersion) {
 TEST_F(UpdateCheckerTest, TheNotesAreInTheUsersFirstLanguage) {
     const QByteArray feed = R"({"version": "2", "file": "a", "notes": {"en": ["Faster."], "uk": ["Швидше."]}})";
     const auto notes = [&](const std::vector<std::string>& languages) {
-        return std::get<UpdateOffer>(checkFeed(feed, "1.0", languages)).notes.front();
+        return checkFeed(feed, "1.0", languages).offer()->notes.front();
     };
     EXPECT_EQ(notes({"uk-UA", "en"}), "Швидше.");
     EXPECT_EQ(notes({"en-GB", "uk"}), "Faster.");
@@ -138,7 +138,7 @@ TEST_F(UpdateCheckerTest, TheNotesAreInTheUsersFirstLanguage) {
 TEST_F(UpdateCheckerTest, TheSameOrAnOlderVersionIsUpToDate) {
     for (const char* version : {"1.0", "1.0.0", "0.9", "1.0-beta"}) {
         const UpdateResult result = checkFeed(QByteArray("{\"version\": \"") + version + "\"}");
-        EXPECT_EQ(result, UpdateResult(UpToDate{})) << version;
+        EXPECT_EQ(result, UpdateResult::upToDate()) << version;
     }
 }
 
@@ -188,8 +188,8 @@ TEST_F(UpdateCheckerTest, TheDownloadStandsBesideTheFeedThatWasAskedEvenAfterARe
     server.answer("/app/feed.json", HttpAnswer::redirection("302 Found", "/elsewhere/feed.json"));
     server.answer("/elsewhere/feed.json", HttpAnswer::with("200 OK", R"({"version": "2.0", "file": "a.deb"})"));
     const UpdateResult result = check(server.url("/app/feed.json"));
-    ASSERT_TRUE(std::holds_alternative<UpdateOffer>(result));
-    EXPECT_EQ(std::get<UpdateOffer>(result).downloadURL.text(), server.url("/app/downloads/a.deb"));
+    ASSERT_TRUE(result.offer() != nullptr);
+    EXPECT_EQ(result.offer()->downloadURL.text(), server.url("/app/downloads/a.deb"));
 }
 
 TEST_F(UpdateCheckerTest, CompletesOnceOnTheMainThreadEvenWhenTheCheckerIsGone) {

@@ -70,7 +70,7 @@ TEST_F(UpdateScheduleTest, NothingRunsBeforeTheStart) {
 }
 
 TEST_F(UpdateScheduleTest, TheFirstCheckComesThirtySecondsAfterTheStart) {
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(29.9);
     EXPECT_EQ(checks, 0);
     queue.advance(0.1);
@@ -78,9 +78,9 @@ TEST_F(UpdateScheduleTest, TheFirstCheckComesThirtySecondsAfterTheStart) {
 }
 
 TEST_F(UpdateScheduleTest, ThereIsNoCheckBeforeADayHasPassed) {
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(30);
-    completeWith(UpToDate{});
+    completeWith(UpdateResult::upToDate());
     queue.advance(day);
     EXPECT_EQ(checks, 1) << "the tick that came half a minute too early";
     queue.advance(hour);
@@ -88,11 +88,11 @@ TEST_F(UpdateScheduleTest, ThereIsNoCheckBeforeADayHasPassed) {
 }
 
 TEST_F(UpdateScheduleTest, InAWeekThereAreAboutSevenChecks) {
-    schedule->start();
+    schedule->startUpdateSchedule();
     for (int i = 0; i < 7 * 24; ++i) {
         queue.advance(hour);
         while (!completions.empty())
-            completeWith(UpToDate{});
+            completeWith(UpdateResult::upToDate());
     }
     EXPECT_GE(checks, 7);
     EXPECT_LE(checks, 8);
@@ -100,7 +100,7 @@ TEST_F(UpdateScheduleTest, InAWeekThereAreAboutSevenChecks) {
 
 TEST_F(UpdateScheduleTest, ACheckOfAnEarlierRunCounts) {
     store.setLastCheck(queue.now() - 12h);
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(11 * hour);
     EXPECT_EQ(checks, 0);
     queue.advance(hour);
@@ -109,45 +109,45 @@ TEST_F(UpdateScheduleTest, ACheckOfAnEarlierRunCounts) {
 
 TEST_F(UpdateScheduleTest, ACheckADayAgoToTheSecondMakesTheFirstDue) {
     store.setLastCheck(queue.now() + 30s - 24h);
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(30);
     EXPECT_EQ(checks, 1);
 }
 
 TEST_F(UpdateScheduleTest, ACheckASecondLessThanADayAgoDoesNot) {
     store.setLastCheck(queue.now() + 31s - 24h);
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(30);
     EXPECT_EQ(checks, 0);
 }
 
 TEST_F(UpdateScheduleTest, AClockThatWasSetBackMakesACheckDue) {
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(30);
-    completeWith(UpToDate{});
+    completeWith(UpdateResult::upToDate());
     queue.setNow(queue.now() - 48h);
     queue.advance(hour);
     EXPECT_EQ(checks, 2);
 }
 
 TEST_F(UpdateScheduleTest, TheTimeOfTheCheckIsStoredBeforeTheRequest) {
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(30);
     EXPECT_EQ(lastCheckAtRequest, queue.now());
     EXPECT_EQ(store.lastCheck(), queue.now());
 }
 
 TEST_F(UpdateScheduleTest, ACheckThatFailsCountsForTheDay) {
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(30);
-    completeWith(UpdateFailure{"The server answered 500."});
+    completeWith(UpdateResult::failed("The server answered 500."));
     queue.advance(20 * hour);
     EXPECT_EQ(checks, 1);
 }
 
 TEST_F(UpdateScheduleTest, WithoutAutomaticChecksNoneEverRuns) {
     store.setAutomatic(false);
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(7 * day);
     EXPECT_EQ(checks, 0);
     EXPECT_EQ(store.lastCheck(), std::nullopt);
@@ -155,17 +155,17 @@ TEST_F(UpdateScheduleTest, WithoutAutomaticChecksNoneEverRuns) {
 
 TEST_F(UpdateScheduleTest, WithoutAutomaticChecksAManualOneStillWorks) {
     store.setAutomatic(false);
-    schedule->start();
-    schedule->run(true);
+    schedule->startUpdateSchedule();
+    schedule->runUpdateCheck(true);
     EXPECT_EQ(checks, 1);
     EXPECT_EQ(store.lastCheck(), queue.now());
-    completeWith(UpToDate{});
+    completeWith(UpdateResult::upToDate());
     EXPECT_EQ(alerts.size(), 1U);
 }
 
 TEST_F(UpdateScheduleTest, TurningAutomaticChecksOnAgainIsSeenWithinTheHour) {
     store.setAutomatic(false);
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(2 * day);
     store.setAutomatic(true);
     queue.advance(hour);
@@ -174,67 +174,67 @@ TEST_F(UpdateScheduleTest, TurningAutomaticChecksOnAgainIsSeenWithinTheHour) {
 
 TEST_F(UpdateScheduleTest, AManualCheckRunsAtOnceHoweverRecentTheLast) {
     store.setLastCheck(queue.now());
-    schedule->run(true);
+    schedule->runUpdateCheck(true);
     EXPECT_EQ(checks, 1);
 }
 
 TEST_F(UpdateScheduleTest, AManualCheckPutsTheNextAutomaticOneOff) {
-    schedule->start();
-    schedule->run(true);
-    completeWith(UpToDate{});
+    schedule->startUpdateSchedule();
+    schedule->runUpdateCheck(true);
+    completeWith(UpdateResult::upToDate());
     queue.advance(23 * hour);
     EXPECT_EQ(checks, 1);
 }
 
 TEST_F(UpdateScheduleTest, OfTwoManualRequestsTheSecondIsDropped) {
-    schedule->run(true);
+    schedule->runUpdateCheck(true);
     queue.advance(5);
-    schedule->run(true);
+    schedule->runUpdateCheck(true);
     EXPECT_EQ(checks, 1);
     EXPECT_EQ(store.lastCheck(), lastCheckAtRequest);
-    completeWith(UpToDate{});
+    completeWith(UpdateResult::upToDate());
     EXPECT_EQ(alerts.size(), 1U);
-    EXPECT_FALSE(schedule->isChecking());
-    schedule->run(true);
+    EXPECT_FALSE(schedule->checkingUpdate());
+    schedule->runUpdateCheck(true);
     EXPECT_EQ(checks, 2);
 }
 
 TEST_F(UpdateScheduleTest, AManualRequestDuringAnAutomaticCheckShowsNothingAtAll) {
-    schedule->start();
+    schedule->startUpdateSchedule();
     queue.advance(30);
-    schedule->run(true);
+    schedule->runUpdateCheck(true);
     EXPECT_EQ(checks, 1);
-    completeWith(UpToDate{});
+    completeWith(UpdateResult::upToDate());
     EXPECT_TRUE(isSilent());
 }
 
 TEST_F(UpdateScheduleTest, AnAutomaticCheckThatFallsDueDuringAManualOneIsDropped) {
-    schedule->start();
-    schedule->run(true);
+    schedule->startUpdateSchedule();
+    schedule->runUpdateCheck(true);
     store.setLastCheck(std::nullopt);
     queue.advance(30);
     EXPECT_EQ(checks, 1);
 }
 
 TEST_F(UpdateScheduleTest, AnAutomaticCheckIsSilentWhenItFindsNothingOrFails) {
-    schedule->run(false);
-    completeWith(UpToDate{});
-    schedule->run(false);
-    completeWith(UpdateFailure{"The server answered 500."});
+    schedule->runUpdateCheck(false);
+    completeWith(UpdateResult::upToDate());
+    schedule->runUpdateCheck(false);
+    completeWith(UpdateResult::failed("The server answered 500."));
     EXPECT_TRUE(isSilent());
 }
 
 TEST_F(UpdateScheduleTest, AManualCheckSaysThatTheProgramIsUpToDate) {
-    schedule->run(true);
-    completeWith(UpToDate{});
+    schedule->runUpdateCheck(true);
+    completeWith(UpdateResult::upToDate());
     ASSERT_EQ(alerts.size(), 1U);
     EXPECT_EQ(alerts[0].first, "You're up to date.");
     EXPECT_EQ(alerts[0].second, "Quillmere 1.3.2 is the latest version.");
 }
 
 TEST_F(UpdateScheduleTest, AManualCheckSaysWhyItFailed) {
-    schedule->run(true);
-    completeWith(UpdateFailure{"The server answered 500."});
+    schedule->runUpdateCheck(true);
+    completeWith(UpdateResult::failed("The server answered 500."));
     ASSERT_EQ(alerts.size(), 1U);
     EXPECT_EQ(alerts[0].first, "Couldn't check for updates.");
     EXPECT_EQ(alerts[0].second, "The server answered 500.");
@@ -243,8 +243,8 @@ TEST_F(UpdateScheduleTest, AManualCheckSaysWhyItFailed) {
 TEST_F(UpdateScheduleTest, BothKindsOfCheckPresentANewerVersion) {
     for (const bool manual : {false, true}) {
         presented.clear();
-        schedule->run(manual);
-        completeWith(offer("1.4.0"));
+        schedule->runUpdateCheck(manual);
+        completeWith(UpdateResult::available(offer("1.4.0")));
         EXPECT_EQ(presented, std::vector<std::string>{"1.4.0"});
     }
     EXPECT_TRUE(alerts.empty());
@@ -252,45 +252,45 @@ TEST_F(UpdateScheduleTest, BothKindsOfCheckPresentANewerVersion) {
 
 TEST_F(UpdateScheduleTest, AnAutomaticCheckDoesNotPresentTheSkippedVersion) {
     store.setSkipped(AppVersion::parse("1.4"));
-    schedule->run(false);
-    completeWith(offer("1.4.0"));
+    schedule->runUpdateCheck(false);
+    completeWith(UpdateResult::available(offer("1.4.0")));
     EXPECT_TRUE(isSilent());
-    schedule->run(false);
-    completeWith(offer("1.4.1"));
+    schedule->runUpdateCheck(false);
+    completeWith(UpdateResult::available(offer("1.4.1")));
     EXPECT_EQ(presented, std::vector<std::string>{"1.4.1"});
 }
 
 TEST_F(UpdateScheduleTest, AManualCheckPresentsTheSkippedVersion) {
     store.setSkipped(AppVersion::parse("1.4.0"));
-    schedule->run(true);
-    completeWith(offer("1.4.0"));
+    schedule->runUpdateCheck(true);
+    completeWith(UpdateResult::available(offer("1.4.0")));
     EXPECT_EQ(presented, std::vector<std::string>{"1.4.0"});
 }
 
 TEST_F(UpdateScheduleTest, AVersionThatIsSkippedDuringTheCheckIsNotPresented) {
-    schedule->run(false);
+    schedule->runUpdateCheck(false);
     store.setSkipped(AppVersion::parse("1.4.0"));
-    completeWith(offer("1.4.0"));
+    completeWith(UpdateResult::available(offer("1.4.0")));
     EXPECT_TRUE(isSilent());
 }
 
 TEST_F(UpdateScheduleTest, AResultThatComesWhenTheScheduleIsGoneIsDropped) {
-    schedule->start();
-    schedule->run(true);
+    schedule->startUpdateSchedule();
+    schedule->runUpdateCheck(true);
     schedule.reset();
-    completeWith(UpToDate{});
+    completeWith(UpdateResult::upToDate());
     EXPECT_TRUE(isSilent());
     EXPECT_EQ(queue.pendingCount(), 0U);
 }
 
 TEST_F(UpdateScheduleTest, AnAnswerMayStartTheNextCheck) {
-    schedule->run(true);
+    schedule->runUpdateCheck(true);
     auto completion = std::move(completions.front());
     completions.clear();
-    completion(UpToDate{});
-    schedule->run(true);
+    completion(UpdateResult::upToDate());
+    schedule->runUpdateCheck(true);
     EXPECT_EQ(checks, 2);
-    EXPECT_TRUE(schedule->isChecking());
+    EXPECT_TRUE(schedule->checkingUpdate());
 }
 
 }  // namespace quillmere

@@ -39,8 +39,8 @@ protected:
     }
 
     static std::string describe(const UpdateResult& result) {
-        if (const auto* offer = std::get_if<UpdateOffer>(&result)) return "offer " + offer->version.description();
-        if (const auto* failure = std::get_if<UpdateFailure>(&result)) return failure->message;
+        if (const auto* offer = result.offer()) return "offer " + offer->version.description();
+        if (const auto* message = result.failure()) return *message;
         return "up to date";
     }
 
