@@ -203,6 +203,40 @@ TEST_F(SqliteDefaultsTest, AMediumThatTakesNothingKeepsTheValuesInMemoryUntilItD
     EXPECT_EQ(later.boolean("y"), std::nullopt);
 }
 
+/// Takes the right to write a folder and its files away, as long as it lives.
+class ReadOnlyFolder {
+public:
+    explicit ReadOnlyFolder(fs::path folder) : folder_(std::move(folder)) {
+        for (const auto& entry : fs::directory_iterator(folder_))
+            fs::permissions(entry.path(), fs::perms(0444));
+        fs::permissions(folder_, fs::perms(0555));
+        // The superuser may write all the same.
+        if (user_ == 0) EXPECT_EQ(seteuid(nobody), 0);
+    }
+    ~ReadOnlyFolder() {
+        EXPECT_EQ(seteuid(user_), 0);
+        fs::permissions(folder_, fs::perms(0755));
+    }
+    ReadOnlyFolder(const ReadOnlyFolder&) = delete;
+    ReadOnlyFolder& operator=(const ReadOnlyFolder&) = delete;
+
+private:
+    static constexpr uid_t nobody = 65534;
+    fs::path folder_;
+    uid_t user_ = geteuid();
+};
+
+TEST_F(SqliteDefaultsTest, AFolderThatTakesNothingIsReadWhateverItsName) {
+    fs::permissions(folder, fs::perms(0755));
+    for (const char* name : {"plain", "what?", "100%", "a%20b", "c#", "?mode=memory", "#?%"}) {
+        const fs::path odd = folder / name / "defaults.sqlite";
+        SqliteDefaults(odd).setString("key", name);
+        const ReadOnlyFolder readOnly(odd.parent_path());
+        const SqliteDefaults defaults(odd);
+        EXPECT_EQ(defaults.string("key"), name);
+    }
+}
+
 TEST_F(SqliteDefaultsTest, AFullDiskLosesNothingThatWasStored) {
     {
         SqliteDefaults defaults(file);

@@ -48,6 +48,23 @@ int checkSoundness(sqlite3* database) {
     return status;
 }
 
+// As sqlite3_open's URIs have it (https://sqlite.org/uri.html): a "?" or "#" of
+// the path would begin the options, a "%" be taken for an encoded byte.
+std::string fileURI(const std::filesystem::path& file) {
+    std::string uri = "file:";
+    for (const char character : file.string()) {
+        if (character == '?')
+            uri += "%3f";
+        else if (character == '#')
+            uri += "%23";
+        else if (character == '%')
+            uri += "%25";
+        else
+            uri += character;
+    }
+    return uri;
+}
+
 void bindText(sqlite3_stmt* statement, int index, std::string_view text) {
     sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
@@ -122,7 +139,7 @@ bool SqliteDefaults::openWritable() {
 // A folder that takes no writes still lets its values be read: with the
 // write-ahead log where that can be opened, else the bare file.
 void SqliteDefaults::openReadOnly() {
-    const std::string uri = "file:" + file_.string();
+    const std::string uri = fileURI(file_);
     for (const char* mode : {"?mode=ro", "?immutable=1"}) {
         close();
         sqlite3* database = nullptr;
@@ -224,7 +241,7 @@ int SqliteDefaults::store(std::string_view key, const std::optional<Value>& valu
     return status;
 }
 
-// Stores what earlier writes could not, oldest knowledge first to fail.
+// Stores what earlier writes could not, key by key, until the medium refuses one.
 int SqliteDefaults::storeUnsaved() {
     while (!unsaved_.empty()) {
         const auto first = unsaved_.begin();
