@@ -41,7 +41,8 @@ public:
     virtual void enable() = 0;
 
     /// Replaces what the tap must deliver; effective for the next key press.
-    /// May be called before `install`.
+    /// May be called before `install`, and whenever the interest may have
+    /// changed: the same one again costs nothing.
     virtual void setInterest(const KeyInterest& interest) = 0;
 };
 

@@ -297,6 +297,17 @@ TEST_F(ServiceEventTapTest, ARevokedTapIsLost) {
 
 // The choice between the two taps
 
+TEST_F(ServiceEventTapTest, AnInterestThatIsToldAgainCostsTheServiceNothing) {
+    install();
+    // As a slider that is dragged for half a minute tells it; the service
+    // would cut off whoever sends so much.
+    for (int step = 0; step < 5000; ++step)
+        tap->setInterest(controlSpace);
+    host->type("+ctrl +space -space -ctrl");
+    EXPECT_TRUE(comesOut("+ctrl -ctrl"));
+    EXPECT_EQ(host->tapCount(), 1U);
+}
+
 class FallbackTapTest : public ServiceEventTapTest {
 protected:
     void make(std::chrono::milliseconds firstWait = support::patience) {

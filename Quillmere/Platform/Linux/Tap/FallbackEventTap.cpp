@@ -20,7 +20,7 @@ bool FallbackEventTap::install(Callback callback) {
 }
 
 bool FallbackEventTap::installDisplayServers() {
-    displayServer_->setInterest(interest_);
+    displayServer_->setInterest(service_->interest());
     if (isDisplayServersInstalled_) {
         // The callback may have been told that it is disabled when the other
         // was in use already.
@@ -32,8 +32,13 @@ bool FallbackEventTap::installDisplayServers() {
     inUse_ = displayServer_.get();
     // Not both: each press would switch twice. Not at once: its signal may be
     // what has called.
-    if (service_ && !service_->isStarting()) service_.release()->deleteLater();
+    if (!service_->isStarting()) giveUpService();
     return true;
+}
+
+void FallbackEventTap::giveUpService() {
+    service_->disconnect(this);
+    service_.release()->deleteLater();
 }
 
 /// Where nothing is in use yet, the next `install` will ask.
@@ -50,7 +55,6 @@ void FallbackEventTap::enable() {
 }
 
 void FallbackEventTap::setInterest(const KeyInterest& interest) {
-    interest_ = interest;
     if (service_) service_->setInterest(interest);
     if (inUse_ == displayServer_.get()) displayServer_->setInterest(interest);
 }

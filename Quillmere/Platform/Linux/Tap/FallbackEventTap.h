@@ -23,12 +23,12 @@ public:
 
 private:
     bool installDisplayServers();
+    void giveUpService();
     void takeOver();
 
-    std::unique_ptr<ServiceEventTap> service_;
+    std::unique_ptr<ServiceEventTap> service_;  ///< null once the display server's tap is taken for good
     std::unique_ptr<EventTap> displayServer_;
     Callback callback_;
-    KeyInterest interest_;
     bool isDisplayServersInstalled_ = false;
     EventTap* inUse_ = nullptr;
 };

@@ -66,7 +66,9 @@ void ServiceEventTap::enable() {
 }
 
 void ServiceEventTap::setInterest(const KeyInterest& interest) {
-    interest_ = TapServiceEvents::interest(interest);
+    // Each message counts for the service, which cuts off who sends too many.
+    if (interest == interest_) return;
+    interest_ = interest;
     // Before that nobody would answer.
     if (isInstalled_) sendInterest();
 }
@@ -135,7 +137,7 @@ void ServiceEventTap::send(const tap::ClientMessage& message) {
 }
 
 void ServiceEventTap::sendInterest() {
-    send(interest_);
+    send(TapServiceEvents::interest(interest_));
     // The recorder ends the wish when it is no longer to be seen; until then
     // the recording goes on.
     if (interest_.everyKey && socket_) {

@@ -36,6 +36,9 @@ public:
     void enable() override;
     void setInterest(const KeyInterest& interest) override;
 
+    /// What was last set.
+    const KeyInterest& interest() const { return interest_; }
+
     /// Asks for a tap, unless there is one: the permission has just come.
     void request();
 
@@ -66,7 +69,7 @@ private:
 
     QDBusConnection bus_;
     Callback callback_;
-    tap::Interest interest_;
+    KeyInterest interest_;
     std::unique_ptr<QDBusPendingCallWatcher> question_;
     std::unique_ptr<TapSocket> socket_;
     bool asksAgain_ = false;  ///< the answer that is on its way may be out of date
