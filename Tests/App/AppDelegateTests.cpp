@@ -85,6 +85,50 @@ TEST_F(AppDelegateTest, WithoutPermissionItIsAskedForEverySecondUntilItComes) {
     EXPECT_EQ(system.tap.installCalls, 5);
 }
 
+TEST_F(AppDelegateTest, TheLaunchGoesThePreviewTheSettingsTheTrayTheTapTheUpdates) {
+    system.bundle.values["QuillmereUpdateFeed"] = "https://example.org/feed.json";
+    std::vector<std::string> steps;
+    std::size_t scheduled = 0;
+    system.trayHost.onAsked = [&] {
+        steps.emplace_back("tray");
+        EXPECT_TRUE(delegate->model().onPreview);
+        EXPECT_TRUE(delegate->settings().checkForUpdates);
+        EXPECT_EQ(delegate->statusItem(), nullptr);
+    };
+    system.tap.onInstall = [&] {
+        steps.emplace_back("tap");
+        EXPECT_NE(delegate->statusItem(), nullptr);
+        scheduled = system.queue.pendingCount();
+    };
+    delegate = std::make_unique<AppDelegate>(system.take());
+    EXPECT_FALSE(delegate->model().onPreview);
+    EXPECT_EQ(system.queue.pendingCount(), 0U);
+    delegate->applicationDidFinishLaunching();
+    EXPECT_EQ(steps, (std::vector<std::string>{"tray", "tap"}));
+    EXPECT_EQ(scheduled, 0U);
+    EXPECT_EQ(system.queue.pendingCount(), 2U) << "the first check and the hourly one";
+}
+
+TEST_F(AppDelegateTest, WithoutPermissionTheProgramAsksForItOnceTheTapWasRefused) {
+    system.tap.allowed = false;
+    system.tap.onInstall = [this] {
+        EXPECT_EQ(system.tap.installCalls > 1, delegate->permissionWindow() != nullptr);
+        EXPECT_EQ(system.tap.installCalls > 1, delegate->isRetrying());
+    };
+    launch();
+    EXPECT_NE(delegate->permissionWindow(), nullptr);
+    EXPECT_TRUE(delegate->isRetrying());
+    system.queue.advance(1);
+    EXPECT_EQ(system.tap.installCalls, 2);
+}
+
+TEST_F(AppDelegateTest, TheTapKnowsItsKeysBeforeItIsInstalled) {
+    store({"a", "b"});
+    system.tap.onInstall = [this] { EXPECT_EQ(system.tap.interest, KeyInterest{.shortcuts = {commandK}}); };
+    launch();
+    EXPECT_EQ(system.tap.installCalls, 1);
+}
+
 TEST_F(AppDelegateTest, TheInterceptorIsMadeOnce) {
     launch();
     EXPECT_EQ(&delegate->interceptor(), &delegate->interceptor());
@@ -192,8 +236,9 @@ TEST_F(AppDelegateTest, ColoursFollowTheSystem) {
 
 TEST_F(AppDelegateTest, NothingIsWrittenByStartingAlone) {
     launch();
-    system.queue.advance(10);
-    EXPECT_EQ(system.defaults.writes("config"), 0);
+    system.queue.advance(29);
+    EXPECT_EQ(system.defaults.writes(), 0);
+    EXPECT_EQ(system.defaults.count(), 0U);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "Quillmere/Platform/EventTap.h"
 
+#include <functional>
 #include <utility>
 
 namespace quillmere {
@@ -11,6 +12,7 @@ class FakeEventTap : public EventTap {
 public:
     bool install(Callback newCallback) override {
         ++installCalls;
+        if (onInstall) onInstall();
         if (!allowed) return false;
         callback = std::move(newCallback);
         return true;
@@ -18,6 +20,7 @@ public:
     void enable() override { ++enableCalls; }
     void setInterest(const KeyInterest& newInterest) override { interest = newInterest; }
 
+    std::function<void()> onInstall;  ///< each time before the answer
     bool allowed = true;
     int installCalls = 0;
     int enableCalls = 0;

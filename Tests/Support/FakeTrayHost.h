@@ -2,12 +2,19 @@
 
 #include "Quillmere/Platform/TrayHost.h"
 
+#include <functional>
+
 namespace quillmere {
 
 /// A desktop without a tray until the test brings one up.
 class FakeTrayHost : public TrayHost {
 public:
-    bool isAvailable() const override { return isAvailable_; }
+    bool isAvailable() const override {
+        if (onAsked) onAsked();
+        return isAvailable_;
+    }
+
+    std::function<void()> onAsked;  ///< whenever an icon's maker asks, before the answer
 
     bool tintsSymbolicIcons() const override { return isTinting; }
 

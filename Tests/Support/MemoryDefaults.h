@@ -4,7 +4,9 @@
 
 #include <functional>
 #include <map>
+#include <numeric>
 #include <optional>
+#include <ranges>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -35,6 +37,12 @@ public:
 
     /// How many keys hold a value.
     std::size_t count() const { return values_.size(); }
+
+    /// How often any value was set or removed.
+    int writes() const {
+        const auto counts = writes_ | std::views::values;
+        return std::accumulate(counts.begin(), counts.end(), 0);
+    }
 
     /// How often the value under `key` was set or removed.
     int writes(std::string_view key) const {
