@@ -16,8 +16,9 @@
 
 namespace quillmere {
 
-/// Everything that the program takes from the system, one object a seam. Tests
-/// fill it with fakes.
+/// What the application takes from the system, one object a seam; tests fill it
+/// with fakes. Beside it stand what only the start needs (Application,
+/// SingleInstance) and giveBackMemory.
 struct Platform {
     std::unique_ptr<MainQueue> mainQueue;
     std::unique_ptr<UserDefaults> userDefaults;
