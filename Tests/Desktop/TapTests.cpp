@@ -97,6 +97,37 @@ TEST_F(TapTest, AKeyHeldSinceBeforeTheShortcutIsReleasedToItsApplication) {
     ASSERT_TRUE(waitForEvents(keyUp, 1));
 }
 
+TEST_F(TapTest, TheApplicationSeesNoReleaseOfTheShortcutsKeyWhenALetterHeldSinceBeforeIsReleasedFirst) {
+    install({.shortcuts = {controlAltSpace}});
+    for (const std::size_t round : {1U, 2U, 3U}) {
+        typist->press(keys::a);
+        typist->playByHand(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::space));
+        ASSERT_TRUE(waitForEvents(keyDown, round));
+        typist->playByHand(Strokes().release(keys::a).release(keys::space));
+        ASSERT_TRUE(waitForEvents(keyUp, round));
+        typist->playByHand(Strokes().release(keys::leftAlt).release(keys::leftControl));
+        waitForEverythingTyped();
+        EXPECT_EQ(std::ranges::count(witness->keys(), keys::a, &SeenKey::key), static_cast<std::ptrdiff_t>(2 * round));
+        EXPECT_FALSE(witness->saw(keys::space));
+    }
+    EXPECT_EQ(witness->text(), "axaxax");
+}
+
+TEST_F(TapTest, LettersRolledOverAHeldShortcutAreTypedAndItsReleaseIsSwallowed) {
+    install({.shortcuts = {controlAltSpace}});
+    typist->playByHand(Strokes().press(keys::leftControl).press(keys::leftAlt).press(keys::space));
+    ASSERT_TRUE(waitForEvents(keyDown, 1));
+    typist->playByHand(Strokes().release(keys::leftAlt).release(keys::leftControl).press(keys::a));
+    typist->playByHand(Strokes().press(keys::s).release(keys::a).tap(keys::d).release(keys::space).release(keys::s));
+    ASSERT_TRUE(waitForEvents(keyUp, 1));
+    waitForEverythingTyped();
+    EXPECT_EQ(witness->text(), "asdx");
+    for (const Key key : {keys::a, keys::s, keys::d})
+        EXPECT_EQ(std::ranges::count(witness->keys(), key, &SeenKey::key), 2) << key;
+    EXPECT_FALSE(witness->saw(keys::space));
+    EXPECT_EQ(types(), (Types{keyDown, keyUp}));
+}
+
 TEST_F(TapTest, TheKeyDoesNotRepeatIntoTheApplicationWhenTheModifiersAreReleasedFirst) {
     server->setRepeat(60, 20);
     install({.shortcuts = {controlAltSpace}});

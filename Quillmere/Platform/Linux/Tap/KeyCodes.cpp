@@ -2,7 +2,6 @@
 
 #include <linux/input-event-codes.h>
 
-#include <algorithm>
 #include <array>
 
 namespace quillmere::KeyCodes {
@@ -161,55 +160,6 @@ constexpr auto byCode = [] {
     return result;
 }();
 
-constexpr auto specialKeys = std::to_array<EvdevCode>({
-    KEY_MUTE,
-    KEY_VOLUMEDOWN,
-    KEY_VOLUMEUP,
-    KEY_POWER,
-    KEY_SCALE,
-    KEY_SLEEP,
-    KEY_COFFEE,
-    KEY_EJECTCD,
-    KEY_EJECTCLOSECD,
-    KEY_NEXTSONG,
-    KEY_PLAYPAUSE,
-    KEY_PREVIOUSSONG,
-    KEY_STOPCD,
-    KEY_RECORD,
-    KEY_REWIND,
-    KEY_PLAYCD,
-    KEY_PAUSECD,
-    KEY_DASHBOARD,
-    KEY_SUSPEND,
-    KEY_PLAY,
-    KEY_FASTFORWARD,
-    KEY_CAMERA,
-    KEY_BRIGHTNESSDOWN,
-    KEY_BRIGHTNESSUP,
-    KEY_MEDIA,
-    KEY_SWITCHVIDEOMODE,
-    KEY_KBDILLUMTOGGLE,
-    KEY_KBDILLUMDOWN,
-    KEY_KBDILLUMUP,
-    KEY_BLUETOOTH,
-    KEY_WLAN,
-    KEY_UWB,
-    KEY_VIDEO_NEXT,
-    KEY_VIDEO_PREV,
-    KEY_BRIGHTNESS_CYCLE,
-    KEY_BRIGHTNESS_AUTO,
-    KEY_DISPLAY_OFF,
-    KEY_WWAN,
-    KEY_RFKILL,
-    KEY_MICMUTE,
-    KEY_DISPLAYTOGGLE,
-    KEY_VOICECOMMAND,
-    KEY_ASSISTANT,
-    KEY_DICTATE,
-    KEY_BRIGHTNESS_MIN,
-    KEY_BRIGHTNESS_MAX,
-});
-
 constexpr std::int64_t firstModifier = 54;
 constexpr std::int64_t lastModifier = 62;
 constexpr std::int64_t fnVirtualKey = 63;
@@ -239,10 +189,6 @@ bool isFn(EvdevCode code) {
 bool isModifier(EvdevCode code) {
     const std::int64_t found = lookUp(code);
     return found >= firstModifier && found <= lastModifier;
-}
-
-bool isSpecialKey(EvdevCode code) {
-    return std::ranges::find(specialKeys, code) != specialKeys.end();
 }
 
 }  // namespace quillmere::KeyCodes

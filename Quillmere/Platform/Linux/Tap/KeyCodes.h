@@ -30,9 +30,4 @@ bool isFn(EvdevCode code);
 /// Shift, Control, Option, Command, both sides, and Caps Lock.
 bool isModifier(EvdevCode code);
 
-/// Whether the key is a special key (media, brightness, power, wireless ...),
-/// which the system reports as a system-defined event and not as a key press.
-/// It has no virtual key code.
-bool isSpecialKey(EvdevCode code);
-
 }  // namespace quillmere::KeyCodes

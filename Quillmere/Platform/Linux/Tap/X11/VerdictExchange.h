@@ -2,6 +2,7 @@
 
 #include "Quillmere/Platform/EventTap.h"
 #include "Quillmere/Platform/KeyEvent.h"
+#include "Quillmere/Platform/Linux/Tap/X11/VerdictPort.h"
 
 #include <QObject>
 
@@ -21,7 +22,7 @@ namespace quillmere {
 /// will, so that a key that has passed does not switch anything later. The
 /// exchange is disabled from then on: nothing is asked, and the callback finds
 /// `tapDisabledByTimeout` next in the row, to answer it with `enable`.
-class VerdictExchange final : public QObject {
+class VerdictExchange final : public QObject, public VerdictPort {
 public:
     /// Made and destroyed on the main thread, whose event loop delivers.
     /// `patience` is how long a verdict is awaited.
@@ -31,12 +32,12 @@ public:
 
     /// Delivers the event and waits for the verdict; "pass" when there is none
     /// in time, and at once while disabled.
-    InterceptDecision ask(const KeyEventFields& event);
+    InterceptDecision ask(const KeyEventFields& event) override;
 
     /// Delivers the event without waiting. While disabled nothing is delivered
     /// but releases, which end what is known of a press; false then. Of equal
     /// repeats that the main thread has not fetched yet one is kept.
-    bool tell(const KeyEventFields& event);
+    bool tell(const KeyEventFields& event) override;
 
     // On the main thread:
 
@@ -49,7 +50,7 @@ public:
 
     // On any thread:
 
-    bool isEnabled() const;
+    bool isEnabled() const override;
 
     /// Ends the exchange: nothing is delivered any more, and whoever waits
     /// gets "pass" at once.

@@ -32,7 +32,7 @@ std::vector<X11KeyCombination> freeCombinations(const std::vector<X11KeyCombinat
     int screenNumber = 0;
     // xcb returns a connection object in any case, an unusable one on failure.
     const Connection connection(xcb_connect(nullptr, &screenNumber));
-    if (xcb_connection_has_error(connection.get()) != 0) return combinations;
+    if (xcb_connection_has_error(connection.get()) != 0) return {};
     const xcb_window_t root = rootOf(connection.get(), screenNumber);
 
     // All are sent before the first answer is awaited, so that many shortcuts
@@ -56,6 +56,8 @@ std::vector<X11KeyCombination> freeCombinations(const std::vector<X11KeyCombinat
     // be gone before the real ones are asked for.
     const std::unique_ptr<xcb_get_input_focus_reply_t, FreeDeleter> reply(
         xcb_get_input_focus_reply(connection.get(), xcb_get_input_focus(connection.get()), nullptr));
+    // A connection that ends meanwhile reports no error for what it asked.
+    if (reply == nullptr) return {};
     return result;
 }
 

@@ -45,11 +45,6 @@ INSTANTIATE_TEST_SUITE_P(
                     KeyCase{"rightCommand", KEY_RIGHTMETA, 54}, KeyCase{"rightControl", KEY_RIGHTCTRL, 62}),
     [](const auto& info) { return info.param.name; });
 
-TEST(KeyCodes, NothingIsBothAKeyAndASpecialKey) {
-    for (KeyCodes::EvdevCode code = 0; code < KEY_CNT; ++code)
-        EXPECT_FALSE(KeyCodes::virtualKey(code) && KeyCodes::isSpecialKey(code)) << code;
-}
-
 TEST(KeyCodes, TheWayBackLeadsToTheSameKey) {
     for (std::int64_t key = 0; key < 128; ++key)
         for (const KeyCodes::EvdevCode code : KeyCodes::evdevCodes(key))
@@ -63,24 +58,24 @@ TEST(KeyCodes, EveryKeyOfAnAnsiAnIsoAndAJapaneseBoardHasANumber) {
         EXPECT_EQ(KeyCodes::virtualKey(code).has_value(), !unused.contains(code)) << code;
 }
 
-TEST(KeyCodes, ModifiersFnAndSpecialKeysAreToldApart) {
+TEST(KeyCodes, ModifiersAndFnAreToldApartFromKeys) {
     for (const KeyCodes::EvdevCode code :
          std::vector<KeyCodes::EvdevCode>{KEY_LEFTSHIFT, KEY_RIGHTSHIFT, KEY_LEFTCTRL, KEY_RIGHTCTRL, KEY_LEFTALT,
                                           KEY_RIGHTALT, KEY_LEFTMETA, KEY_RIGHTMETA, KEY_CAPSLOCK})
         EXPECT_TRUE(KeyCodes::isModifier(code) && !KeyCodes::isFn(code)) << code;
     for (const KeyCodes::EvdevCode code : std::vector<KeyCodes::EvdevCode>{KEY_FN, KEY_KBD_LAYOUT_NEXT, KEY_WAKEUP})
         EXPECT_TRUE(KeyCodes::isFn(code) && !KeyCodes::isModifier(code)) << code;
-    for (const KeyCodes::EvdevCode code :
-         std::vector<KeyCodes::EvdevCode>{KEY_MUTE, KEY_BRIGHTNESSUP, KEY_PLAYPAUSE, KEY_POWER, KEY_MICMUTE})
-        EXPECT_TRUE(KeyCodes::isSpecialKey(code)) << code;
-    EXPECT_FALSE(KeyCodes::isModifier(KEY_A) || KeyCodes::isFn(KEY_A) || KeyCodes::isSpecialKey(KEY_A));
+    EXPECT_FALSE(KeyCodes::isModifier(KEY_A) || KeyCodes::isFn(KEY_A));
+}
+
+TEST(KeyCodes, MediaAndPowerKeysHaveNoNumber) {
+    for (const KeyCodes::EvdevCode code : {KEY_MUTE, KEY_BRIGHTNESSUP, KEY_PLAYPAUSE, KEY_POWER, KEY_MICMUTE})
+        EXPECT_FALSE(KeyCodes::virtualKey(code)) << code;
 }
 
 TEST(KeyCodes, NumbersBeyondTheKernelsAreNoKeys) {
-    for (const KeyCodes::EvdevCode code : {0U, unsigned{KEY_CNT}, 0xFFFFFFFFU}) {
+    for (const KeyCodes::EvdevCode code : {0U, unsigned{KEY_CNT}, 0xFFFFFFFFU})
         EXPECT_FALSE(KeyCodes::virtualKey(code).has_value());
-        EXPECT_FALSE(KeyCodes::isSpecialKey(code));
-    }
     EXPECT_TRUE(KeyCodes::evdevCodes(-1).empty());
     EXPECT_TRUE(KeyCodes::evdevCodes(1'000'000).empty());
 }
