@@ -58,9 +58,10 @@ void AppDelegate::openSettings() {
     if (!settingsWindow_) {
         settingsWindow_ = std::make_unique<SettingsWindow>(model_, settings(), inputSources_, *platform_.workspace,
                                                            platform_.appearance->hasGlass());
-        settingsWindow_->onClose = [this] { windowWillClose(); };
+        settingsWindow_->windowWillClose = [this] { windowWillClose(); };
     }
     settingsWindow_->open();
+    statusItem_->lendKeyEquivalents(*settingsWindow_->window());
 }
 
 void AppDelegate::windowWillClose() {
@@ -84,9 +85,16 @@ void AppDelegate::makeUpdateSchedule() {
             [this](UpdateSchedule::Completion completion) {
                 updateChecker_->check(feedSession_, platform_.workspace->preferredLanguages(), std::move(completion));
             },
-        .present = [this](const UpdateOffer& offer) { updateWindow().show(offer); },
-        .alert = [this](const std::string& message,
-                        const std::string& informativeText) { updateAlert_.show(message, informativeText); },
+        .present =
+            [this](const UpdateOffer& offer) {
+                updateWindow().show(offer);
+                statusItem_->lendKeyEquivalents(*updateWindow_->window());
+            },
+        .alert =
+            [this](const std::string& message, const std::string& informativeText) {
+                updateAlert_.show(message, informativeText);
+                statusItem_->lendKeyEquivalents(*updateAlert_.window());
+            },
     };
     updateSchedule_ =
         std::make_unique<UpdateSchedule>(*platform_.mainQueue, updateStore_, updateChecker_->current, actions);
@@ -109,6 +117,7 @@ void AppDelegate::startInterceptor() {
     permissionWindow_ = std::make_unique<PermissionWindow>(std::make_shared<PermissionModel>(), *platform_.mainQueue,
                                                            *platform_.workspace, *platform_.permissionRequest);
     permissionWindow_->show();
+    statusItem_->lendKeyEquivalents(*permissionWindow_->window());
     permissionGate_->onChange = [this](PermissionGate::State) {
         permissionWindow_->granted();
         retryTimer_.reset();

@@ -2,11 +2,19 @@
 
 namespace quillmere {
 
+TextButton::Metrics AccentButtonStyle::metrics() const {
+    return {.text = TextStyle::button};
+}
+
+TextButton::Colors AccentButtonStyle::colors() const {
+    return {Palette::accent(), Palette::clear(), {Qt::white, Qt::white}};
+}
+
 AccentButton::AccentButton(const QString& title, QWidget* parent)
-    : TextButton(title, {.text = TextStyle::button}, parent) {}
+    : TextButton(title, AccentButtonStyle().metrics(), parent) {}
 
 TextButton::Colors AccentButton::colors() const {
-    return {Palette::accent(), Palette::clear(), {Qt::white, Qt::white}};
+    return AccentButtonStyle().colors();
 }
 
 }  // namespace quillmere

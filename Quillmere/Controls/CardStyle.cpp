@@ -4,18 +4,13 @@
 
 namespace quillmere {
 
-namespace {
-constexpr double cornerRadius = 12;
-constexpr int padding = 14;
-}  // namespace
-
-Card::Card(QWidget* parent) : PlateView(Palette::card(), Palette::border(), cornerRadius, parent) {
+Card::Card(QWidget* parent) : PlateView(Palette::card(), Palette::border(), CardStyle::cornerRadius, parent) {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
 QVBoxLayout* Card::makeColumn(int spacing) {
     auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(padding, padding, padding, padding);
+    column->setContentsMargins(CardStyle::padding, CardStyle::padding, CardStyle::padding, CardStyle::padding);
     column->setSpacing(spacing);
     return column;
 }

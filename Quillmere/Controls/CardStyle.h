@@ -6,8 +6,13 @@ class QVBoxLayout;
 
 namespace quillmere {
 
-/// A card: its content, 14 points from the edge of an outlined rectangle with
-/// a corner radius of 12 points.
+/// How a card looks: its content on an outlined rectangle. In points.
+struct CardStyle {
+    static constexpr double cornerRadius = 12;
+    static constexpr int padding = 14;
+};
+
+/// A card, as high as its content.
 class Card : public PlateView {
 public:
     explicit Card(QWidget* parent = nullptr);

@@ -2,8 +2,17 @@
 
 namespace quillmere {
 
+TextButton::Metrics ChipButtonStyle::metrics() const {
+    return {.text = monospaced ? TextStyle::monospaced : TextStyle::body};
+}
+
+TextButton::Colors ChipButtonStyle::colors() const {
+    if (selected) return {Palette::selection(), Palette::accent(), labelColor()};
+    return {Palette::chip(), Palette::border(), labelColor()};
+}
+
 ChipButton::ChipButton(const QString& title, ChipButtonStyle style, QWidget* parent)
-    : TextButton(title, {.text = style.monospaced ? TextStyle::monospaced : TextStyle::body}, parent), style_(style) {}
+    : TextButton(title, style.metrics(), parent), style_(style) {}
 
 void ChipButton::setSelected(bool selected) {
     if (style_.selected == selected) return;
@@ -12,8 +21,7 @@ void ChipButton::setSelected(bool selected) {
 }
 
 TextButton::Colors ChipButton::colors() const {
-    if (style_.selected) return {Palette::selection(), Palette::accent(), labelColor()};
-    return {Palette::chip(), Palette::border(), labelColor()};
+    return style_.colors();
 }
 
 }  // namespace quillmere

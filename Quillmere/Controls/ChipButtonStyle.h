@@ -4,19 +4,21 @@
 
 namespace quillmere {
 
-/// How a chip button looks.
+/// How a chip button looks: outlined, and tinted and outlined in the accent
+/// colour while selected.
 struct ChipButtonStyle {
     bool monospaced = false;
     bool selected = false;
+
+    TextButton::Metrics metrics() const;
+    TextButton::Colors colors() const;
 };
 
-/// The program's plain button: a chip with an outline, tinted and outlined in
-/// the accent colour while selected.
+/// The program's plain button.
 class ChipButton : public TextButton {
 public:
     explicit ChipButton(const QString& title, ChipButtonStyle style = {}, QWidget* parent = nullptr);
 
-    bool isSelected() const { return style_.selected; }
     void setSelected(bool selected);
 
 protected:

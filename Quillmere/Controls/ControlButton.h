@@ -20,8 +20,6 @@ public:
     void setTitle(const QString& title);
     QString title() const { return title_; }
 
-    double radius() const { return radius_; }
-
 protected:
     /// Draws the button as it is at rest.
     virtual void paintFace(QPainter& painter) = 0;

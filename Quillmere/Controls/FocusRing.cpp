@@ -2,25 +2,20 @@
 
 #include "Quillmere/Palette.h"
 
-#include <QFocusFrame>
 #include <QPainter>
-#include <QPointer>
 #include <QProxyStyle>
-#include <QStyleOption>
 
-namespace quillmere::FocusRing {
+namespace quillmere {
 
 namespace {
 
-constexpr double width = 2;
+constexpr double thickness = 2;
 constexpr int reach = 4;  ///< from the control's edge to the ring's outer edge
 
-/// QFocusFrame follows the control through scrolling and layout; what it looks
-/// like and how far it reaches is its style's business.
-class RingStyle : public QProxyStyle {
+/// QFocusFrame follows the control through scrolling and layout; how far it
+/// reaches is its style's business.
+class ReachStyle : public QProxyStyle {
 public:
-    double radius = 0;
-
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override {
         if (metric == PM_FocusFrameHMargin || metric == PM_FocusFrameVMargin) return reach;
         return QProxyStyle::pixelMetric(metric, option, widget);
@@ -32,36 +27,11 @@ public:
         if (hint == SH_FocusFrame_AboveWidget) return 1;  // else the nearest parent would cut it off
         return QProxyStyle::styleHint(hint, option, widget, result);
     }
-
-    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
-                     const QWidget* widget) const override {
-        if (element != CE_FocusFrame) {
-            QProxyStyle::drawControl(element, option, painter, widget);
-            return;
-        }
-        painter->setRenderHint(QPainter::Antialiasing);
-        painter->setPen(QPen(Palette::accent().resolved(Palette::isDark()), width));
-        const QRectF ring = QRectF(option->rect).adjusted(width / 2, width / 2, -width / 2, -width / 2);
-        painter->drawRoundedRect(ring, radius + reach - width / 2, radius + reach - width / 2);
-    }
 };
 
-RingStyle& style() {
-    static auto* const style = new RingStyle;  // the frame may outlive the application's statics
+ReachStyle& reachStyle() {
+    static auto* const style = new ReachStyle;  // rings may outlive the application's statics
     return *style;
-}
-
-QPointer<QFocusFrame> frame;
-QPointer<QWidget> ringed;
-
-void show(QWidget& control, double radius) {
-    if (!frame) {
-        frame = new QFocusFrame(control.window());
-        frame->setStyle(&style());
-    }
-    style().radius = radius;
-    frame->setWidget(&control);
-    frame->raise();
 }
 
 bool isLeavingWindow(Qt::FocusReason reason) {
@@ -70,17 +40,42 @@ bool isLeavingWindow(Qt::FocusReason reason) {
 
 }  // namespace
 
-void focusIn(QWidget& control, Qt::FocusReason reason, double radius) {
+FocusRing::FocusRing(QWidget* window) : QFocusFrame(window) {
+    setStyle(&reachStyle());
+}
+
+// Not a direct child: it moves into the scroll area that the control lies in.
+FocusRing* FocusRing::find(const QWidget& control) {
+    return control.window()->findChild<FocusRing*>();
+}
+
+void FocusRing::focusIn(QWidget& control, Qt::FocusReason reason, double radius) {
+    FocusRing* ring = find(control);
+    if (!ring) ring = new FocusRing(control.window());
     if (reason == Qt::MouseFocusReason)
-        ringed = nullptr;
+        ring->control_ = nullptr;
     else if (!isLeavingWindow(reason))
-        ringed = &control;
-    if (ringed == &control) show(control, radius);
+        ring->control_ = &control;
+    if (ring->control_ != &control) return;
+    ring->radius_ = radius;
+    ring->setWidget(&control);
+    ring->raise();
 }
 
-void focusOut(QWidget& control, Qt::FocusReason reason) {
-    if (frame && frame->widget() == &control) frame->setWidget(nullptr);
-    if (ringed == &control && !isLeavingWindow(reason)) ringed = nullptr;
+void FocusRing::focusOut(QWidget& control, Qt::FocusReason reason) {
+    FocusRing* const ring = find(control);
+    if (!ring) return;
+    if (ring->widget() == &control) ring->setWidget(nullptr);
+    if (ring->control_ == &control && !isLeavingWindow(reason)) ring->control_ = nullptr;
 }
 
-}  // namespace quillmere::FocusRing
+void FocusRing::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Palette::accent().resolved(Palette::isDark()), thickness));
+    const QRectF middle = QRectF(rect()).adjusted(thickness / 2, thickness / 2, -thickness / 2, -thickness / 2);
+    const double radius = radius_ + reach - thickness / 2;
+    painter.drawRoundedRect(middle, radius, radius);
+}
+
+}  // namespace quillmere

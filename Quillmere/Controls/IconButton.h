@@ -14,8 +14,6 @@ public:
     /// `name` is what the button does: for assistive programs.
     IconButton(Icon icon, const QString& name, QWidget* parent = nullptr);
 
-    Icon icon() const { return icon_; }
-
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 

@@ -14,12 +14,6 @@ PaletteLabel::PaletteLabel(const QString& text, TextStyle style, const DynamicCo
     setText(text);
 }
 
-void PaletteLabel::setColor(const DynamicColor& color) {
-    if (color_ == color) return;
-    color_ = color;
-    update();
-}
-
 void PaletteLabel::setElided(bool elided) {
     elided_ = elided;
     updateGeometry();

@@ -14,12 +14,10 @@ public:
                           const DynamicColor& color = labelColor(), QWidget* parent = nullptr);
 
     const DynamicColor& color() const { return color_; }
-    void setColor(const DynamicColor& color);
 
     /// One line that may be squeezed: it then ends in an ellipsis and tells the
     /// whole text in a tooltip.
     void setElided(bool elided);
-    bool isElided() const { return elided_; }
 
     QSize minimumSizeHint() const override;
 

@@ -18,9 +18,6 @@ public:
     /// Takes the user's value: shows it and tells `moved` when it is another.
     void slide(double value);
 
-    /// The x of the middle of the knob for this value, in points.
-    double position(double value) const;
-
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
@@ -37,6 +34,8 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    /// The x of the middle of the knob for this value, in points.
+    double position(double value) const;
     void drag(double x);
 
     double value_ = 0;

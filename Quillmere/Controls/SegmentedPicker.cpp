@@ -47,14 +47,8 @@ SegmentedPicker::SegmentedPicker(const QStringList& titles, QWidget* parent) : Q
     }
 }
 
-int SegmentedPicker::currentIndex() const {
-    for (std::size_t i = 0; i < segments_.size(); ++i)
-        if (segments_[i]->isChecked()) return static_cast<int>(i);
-    return -1;
-}
-
 void SegmentedPicker::setCurrentIndex(int index) {
-    segment(index)->setChecked(true);
+    segments_.at(static_cast<std::size_t>(index))->setChecked(true);
 }
 
 void SegmentedPicker::paintEvent(QPaintEvent*) {

@@ -16,11 +16,8 @@ class SegmentedPicker : public QWidget {
 public:
     explicit SegmentedPicker(const QStringList& titles, QWidget* parent = nullptr);
 
-    int currentIndex() const;
     /// Shows another choice, without telling `chosen`.
     void setCurrentIndex(int index);
-    /// The button of one choice, owned by this.
-    QAbstractButton* segment(int index) const { return segments_.at(static_cast<std::size_t>(index)); }
 
 signals:
     /// The user chose, perhaps what was chosen already.

@@ -12,12 +12,6 @@ TextButton::TextButton(const QString& title, const Metrics& metrics, QWidget* pa
     setFont(textFont(metrics_.text));
 }
 
-void TextButton::setMetrics(const Metrics& metrics) {
-    metrics_ = metrics;
-    setFont(textFont(metrics_.text));
-    updateGeometry();
-}
-
 double TextButton::textWidth() const {
     return QFontMetricsF(font()).horizontalAdvance(title());
 }

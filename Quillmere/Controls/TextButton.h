@@ -18,20 +18,19 @@ public:
         double radius = 8;
     };
 
+    struct Colors {
+        DynamicColor fill;
+        DynamicColor stroke;  ///< clear: no outline; else 1 point, inside the edge
+        DynamicColor text;
+    };
+
     TextButton(const QString& title, const Metrics& metrics, QWidget* parent);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
-    struct Colors {
-        DynamicColor fill;
-        DynamicColor stroke;  ///< clear: no outline; else 1 point, inside the edge
-        DynamicColor text;
-    };
     virtual Colors colors() const = 0;
-    void setMetrics(const Metrics& metrics);
-    const Metrics& metrics() const { return metrics_; }
 
     /// The room that the title takes, in points.
     virtual double textWidth() const;

@@ -8,6 +8,7 @@
 #include <QGuiApplication>
 #include <QKeySequence>
 #include <QScreen>
+#include <QShortcut>
 #include <QSystemTrayIcon>
 
 #include <utility>
@@ -33,7 +34,7 @@ QPoint besideIcon(const QRect& icon, const QSize& menu) {
 StatusItem::StatusItem(ConfigModel& model, Appearance& appearance, TrayHost& trayHost, Actions actions)
     : model_(model), appearance_(appearance), trayHost_(trayHost), actions_(std::move(actions)) {
     buildMenu();
-    connect(&model_, &ConfigModel::configChanged, this, &StatusItem::updateIcon);
+    subscription_ = connect(&model_, &ConfigModel::configChanged, this, &StatusItem::updateIcon);
     connect(&appearance_, &Appearance::changed, this, &StatusItem::updateIcon);
     connect(&trayHost_, &TrayHost::becameAvailable, this, &StatusItem::showInTray);
     if (trayHost_.isAvailable()) showInTray();
@@ -43,24 +44,38 @@ StatusItem::~StatusItem() = default;
 
 void StatusItem::buildMenu() {
     menu_ = std::make_unique<QMenu>();
-    activeItem_ = menu_->addAction(tr("Active"));
+    activeItem_ = menu_->addAction(QStringLiteral("Active"));
     activeItem_->setCheckable(true);
     connect(activeItem_, &QAction::triggered, this, [this] { actions_.toggleActive(); });
 
-    auto* settings = menu_->addAction(tr("Settings…"));
-    // Qt's CTRL is the Command key on macOS.
-    settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    auto* settings = menu_->addAction(QStringLiteral("Settings…"));
     connect(settings, &QAction::triggered, this, [this] { actions_.openSettings(); });
+    // Qt's CTRL is the Command key on macOS.
+    addKeyEquivalent(*settings, Qt::CTRL | Qt::Key_Comma);
 
     menu_->addSeparator();
-    auto* quit = menu_->addAction(tr("Quit Quillmere"));
-    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    auto* quit = menu_->addAction(QStringLiteral("Quit Quillmere"));
     quit->setMenuRole(QAction::QuitRole);
     connect(quit, &QAction::triggered, this, [this] { actions_.quit(); });
+    addKeyEquivalent(*quit, Qt::CTRL | Qt::Key_Q);
 
     connect(menu_.get(), &QMenu::aboutToShow, this, &StatusItem::menuWillOpen);
     // Some tray hosts read the menu before they announce that it opens.
     menuWillOpen();
+}
+
+// The item's own shortcut acts in windows only, not in the open menu.
+void StatusItem::addKeyEquivalent(QAction& item, const QKeySequence& keys) {
+    item.setShortcut(keys);
+    auto* const inMenu = new QShortcut(keys, menu_.get());
+    connect(inMenu, &QShortcut::activated, &item, [this, &item] {
+        menu_->close();
+        item.trigger();
+    });
+}
+
+void StatusItem::lendKeyEquivalents(QWidget& window) const {
+    window.addAction(menu_->menuAction());
 }
 
 void StatusItem::menuWillOpen() {

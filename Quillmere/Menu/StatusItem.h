@@ -31,12 +31,14 @@ public:
     ~StatusItem() override;
 
     QMenu& menu() { return *menu_; }
-    QAction& activeItem() { return *activeItem_; }
+    /// Makes the menu's key equivalents act in this window, too.
+    void lendKeyEquivalents(QWidget& window) const;
     /// The icon, once the desktop has a tray; null before.
     const QSystemTrayIcon* trayIcon() const { return icon_.get(); }
 
 private:
     void buildMenu();
+    void addKeyEquivalent(QAction& item, const QKeySequence& keys);
     void menuWillOpen();
     void showInTray();
     void openMenu() const;
@@ -46,6 +48,7 @@ private:
     Appearance& appearance_;
     TrayHost& trayHost_;
     Actions actions_;
+    QMetaObject::Connection subscription_;  ///< to the configuration, for the icon
     std::unique_ptr<QMenu> menu_;
     QAction* activeItem_ = nullptr;  ///< owned by the menu
     std::unique_ptr<QSystemTrayIcon> icon_;

@@ -5,7 +5,6 @@
 #include "Quillmere/Controls/WrappedLabel.h"
 
 #include <QHBoxLayout>
-#include <QPainter>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -30,22 +29,23 @@ QVBoxLayout* makeColumn(QWidget* content) {
 }  // namespace
 
 PermissionView::PermissionView(std::shared_ptr<const PermissionModel> model, Actions actions, QWidget* parent)
-    : QWidget(parent), model_(std::move(model)), actions_(std::move(actions)) {
-    connect(model_.get(), &PermissionModel::stateChanged, this, [this] { update(); });
-    update();
+    : QWidget(parent), model_(std::move(model)), actions_(std::move(actions)), frame_(new QVBoxLayout(this)) {
+    frame_->setContentsMargins(0, 0, 0, 0);
+    connect(model_.get(), &PermissionModel::stateChanged, this, [this] { refresh(); });
+    refresh();
 }
 
-void PermissionView::update() {
-    if (content_ != nullptr) {
+void PermissionView::refresh() {
+    if (content_) {
+        // later: the button that was pressed may sit in it
+        frame_->removeWidget(content_);
         content_->hide();
         content_->deleteLater();
     }
     content_ = model_->state() == PermissionGate::State::granted ? makeGranted() : makeNeeded();
-    content_->setParent(this);
-    const int height = content_->layout()->heightForWidth(viewWidth);
-    content_->setGeometry(0, 0, viewWidth, height);
+    frame_->addWidget(content_);
     content_->show();
-    setFixedSize(viewWidth, height);
+    setFixedSize(viewWidth, content_->layout()->heightForWidth(viewWidth));
 }
 
 QWidget* PermissionView::makeNeeded() {
@@ -79,10 +79,6 @@ QWidget* PermissionView::makeGranted() {
     connect(done, &QAbstractButton::clicked, this, actions_.onDone);
     column->addWidget(done, 0, Qt::AlignLeft);
     return content;
-}
-
-void PermissionView::paintEvent(QPaintEvent* /*event*/) {
-    QPainter(this).fillRect(rect(), Palette::window().resolved(Palette::isDark()));
 }
 
 }  // namespace quillmere

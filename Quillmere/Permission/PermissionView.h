@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 
+class QVBoxLayout;
+
 namespace quillmere {
 
 /// The content of the permission window: what is missing and how to give it,
@@ -22,17 +24,15 @@ public:
 
     PermissionView(std::shared_ptr<const PermissionModel> model, Actions actions, QWidget* parent = nullptr);
 
-protected:
-    void paintEvent(QPaintEvent* event) override;
-
 private:
-    void update();
+    void refresh();
     QWidget* makeNeeded();
     QWidget* makeGranted();
 
     std::shared_ptr<const PermissionModel> model_;
     Actions actions_;
-    QWidget* content_ = nullptr;
+    QVBoxLayout* frame_;
+    QWidget* content_ = nullptr;  ///< what the state asks for
 };
 
 }  // namespace quillmere

@@ -1,40 +1,16 @@
 #include "Quillmere/Permission/PermissionWindow.h"
 
-#include "Quillmere/Icons/AppIcon.h"
 #include "Quillmere/Permission/PermissionView.h"
 
 #include <QCoreApplication>
-#include <QGuiApplication>
-#include <QScreen>
-#include <QVBoxLayout>
 
 #include <utility>
 
 namespace quillmere {
 
 namespace {
-
-/// Titled and closable, nothing else.
-constexpr Qt::WindowFlags windowFlags =
-    Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
-
-QWidget* makeWindow(PermissionView* view) {
-    auto* const window = new QWidget(nullptr, windowFlags);
-    window->setWindowTitle(QStringLiteral("Quillmere needs permission"));
-    window->setWindowIcon(AppIcon::make());
-    auto* const layout = new QVBoxLayout(window);
-    layout->setContentsMargins(0, 0, 0, 0);
-    // The content decides, also when it changes.
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-    layout->addWidget(view);
-    QRect frame(QPoint(), view->size());
-    frame.moveCenter(QGuiApplication::primaryScreen()->availableGeometry().center());
-    window->move(frame.topLeft());
-    // The first button would take the focus otherwise, without showing it.
-    view->setFocus();
-    return window;
-}
-
+/// How long the good news stays, in seconds.
+constexpr double readyDuration = 3.0;
 }  // namespace
 
 PermissionWindow::PermissionWindow(std::shared_ptr<PermissionModel> model, MainQueue& queue, Workspace& workspace,
@@ -55,7 +31,8 @@ void PermissionWindow::show() {
             },
     };
     delete window_;
-    window_ = makeWindow(new PermissionView(model_, actions));
+    window_ = new Window(Window::Kind::fixed, QStringLiteral("Quillmere needs permission"),
+                         new PermissionView(model_, actions));
     workspace_.bringToFront(*window_);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Quillmere/Controls/Window.h"
 #include "Quillmere/Permission/PermissionModel.h"
 #include "Quillmere/Platform/MainQueue.h"
 #include "Quillmere/Platform/PermissionRequest.h"
@@ -7,7 +8,6 @@
 
 #include <QObject>
 #include <QPointer>
-#include <QWidget>
 
 #include <memory>
 
@@ -15,28 +15,25 @@ namespace quillmere {
 
 /// Asks the user for the permission that the keyboard tap needs, and says when
 /// it has come. Main thread only.
-///
-/// | state            | show()         | granted()                    | close()  | close button |
-/// |------------------|----------------|------------------------------|----------|--------------|
-/// | no window        | shown, waiting | -                            | -        |              |
-/// | shown            | shown anew     | shown, ready, closes in 3 s  | no window| hidden       |
-/// | hidden           | shown anew     | shown, ready, closes in 3 s  | no window|              |
 class PermissionWindow : public QObject {
     Q_OBJECT
 public:
-    /// How long the good news stays, in seconds.
-    static constexpr double readyDuration = 3.0;
-
     /// The seams must outlive this.
     PermissionWindow(std::shared_ptr<PermissionModel> model, MainQueue& queue, Workspace& workspace,
                      PermissionRequest& request);
     ~PermissionWindow() override;
 
+    /// Shows a new window, which says what is missing, in place of any earlier
+    /// one.
     void show();
+    /// Says in the window that all is well, shows it again if the user has
+    /// closed it, and closes it after three seconds. Nothing without a window.
     void granted();
+    /// Closes the window for good; nothing without one.
     void close();
 
-    /// The window, hidden or not; null when there is none.
+    /// The window; null before `show` and after `close`. The close button only
+    /// hides it.
     QWidget* window() const { return window_; }
 
 private:
@@ -44,7 +41,7 @@ private:
     MainQueue& queue_;
     Workspace& workspace_;
     PermissionRequest& request_;
-    QPointer<QWidget> window_;
+    QPointer<Window> window_;
     MainQueue::JobHandle closeWork_;
 };
 

@@ -9,9 +9,6 @@
 
 #include <QVBoxLayout>
 
-#include <algorithm>
-#include <iterator>
-
 namespace quillmere {
 
 GeneralTab::GeneralTab(ConfigModel& model, AppSettings& settings, bool glassAvailable, QWidget* parent)
@@ -21,10 +18,9 @@ GeneralTab::GeneralTab(ConfigModel& model, AppSettings& settings, bool glassAvai
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(scroll);
 
-    scroll->column().addWidget(makeLoginCard());
-    if (settings_.updatesEnabled()) scroll->column().addWidget(makeUpdatesCard());
-    plate_ = new PlateSection(model, glassAvailable);
-    scroll->column().addWidget(plate_);
+    scroll->column().addWidget(makeLoginCard(), 0, Qt::AlignHCenter);
+    if (settings_.updatesEnabled()) scroll->column().addWidget(makeUpdatesCard(), 0, Qt::AlignHCenter);
+    scroll->column().addWidget(new PlateSection(model, glassAvailable));
 
     connect(&settings_, &AppSettings::changed, this, [this] { refresh(); });
     refresh();
@@ -41,30 +37,23 @@ Card* GeneralTab::makeLoginCard() {
     });
     if (!settings_.canLaunchAtLogin()) {
         login_->setEnabled(false);
-        loginNote_ = new PaletteLabel(QStringLiteral("Needs macOS 13 or later"), TextStyle::caption, Palette::muted());
-        column->addWidget(loginNote_);
+        column->addWidget(
+            new PaletteLabel(QStringLiteral("Needs macOS 13 or later"), TextStyle::caption, Palette::muted()));
     }
     return card;
 }
 
 Card* GeneralTab::makeUpdatesCard() {
-    updatesCard_ = new Card;
-    QVBoxLayout* const column = updatesCard_->makeColumn(10);
+    auto* const card = new Card;
+    QVBoxLayout* const column = card->makeColumn(10);
     column->addWidget(new PaletteLabel(QStringLiteral("Updates"), TextStyle::headline));
     automatic_ = new SwitchControl(QStringLiteral("Check for updates automatically"));
     column->addWidget(automatic_);
-    check_ = new ChipButton(QStringLiteral("Check for Updates…"));
-    column->addWidget(check_);
+    auto* const check = new ChipButton(QStringLiteral("Check for Updates…"));
+    column->addWidget(check);
     connect(automatic_, &QAbstractButton::clicked, this, [this](bool on) { settings_.setAutomaticUpdates(on); });
-    connect(check_, &QAbstractButton::clicked, this, [this] { settings_.checkForUpdates(); });
-    return updatesCard_;
-}
-
-std::vector<QWidget*> GeneralTab::controls() const {
-    std::vector<QWidget*> controls{login_};
-    if (updatesCard_) controls.insert(controls.end(), {automatic_, check_});
-    std::ranges::copy(plate_->controls(), std::back_inserter(controls));
-    return controls;
+    connect(check, &QAbstractButton::clicked, this, [this] { settings_.checkForUpdates(); });
+    return card;
 }
 
 void GeneralTab::refresh() {

@@ -19,12 +19,13 @@ namespace quillmere {
 GroupView::GroupView(const GroupBinding& binding, std::function<void()> onDelete, QWidget* parent)
     : Card(parent),
       binding_(binding),
-      shown_{.id = binding.groupID(), .shortcut = std::nullopt, .sourceIDs = {}},
+      shown_{.id = binding.key().id, .shortcut = std::nullopt, .sourceIDs = {}},
       recorder_(new ShortcutRecorder(binding, this)),
       delete_(new IconButton(Icon::trash, {}, this)),
       add_(new MenuButton(QStringLiteral("Add source ▾"), [this](QMenu& menu) { fillMenu(menu); }, this)) {
     layOut();
-    connect(delete_, &QAbstractButton::clicked, this, [onDelete = std::move(onDelete)] { onDelete(); });
+    connect(delete_, &QAbstractButton::clicked, this, std::move(onDelete));
+    connect(&binding_.model(), &ConfigModel::availableChanged, this, [this] { refresh(); });
 }
 
 void GroupView::layOut() {
@@ -42,22 +43,21 @@ void GroupView::layOut() {
 }
 
 void GroupView::showGroup(const CycleGroup& group, int number) {
-    const bool isSameNumber = std::exchange(number_, number) == number;
-    if (isSameNumber && shown_ == group) return;
-    const bool hasSameSources = shown_.sourceIDs == group.sourceIDs;
+    if (number == number_ && group == shown_) return;
+    number_ = number;
     shown_ = group;
-    recorder_->setNumber(number);
-    delete_->setAccessibleName(QStringLiteral("Delete group %1").arg(number));
-    add_->setAccessibleName(QStringLiteral("Add source to group %1").arg(number));
-    if (!hasSameSources) showSources();
+    refresh();
 }
 
-void GroupView::showSources() {
+void GroupView::refresh() {
+    recorder_->setNumber(number_);
+    delete_->setAccessibleName(QStringLiteral("Delete group %1").arg(number_));
+    add_->setAccessibleName(QStringLiteral("Add source to group %1").arg(number_));
+    add_->setEnabled(!candidates().empty());
     updateRowCount();
     for (std::size_t i = 0; i < rows_.size(); ++i)
         rows_[i]->setSource(QString::fromStdString(binding_.model().name(shown_.sourceIDs[i])),
                             static_cast<int>(rows_.size()));
-    add_->setEnabled(!candidates().empty());
 }
 
 void GroupView::updateRowCount() {
@@ -86,14 +86,6 @@ std::vector<SourceInfo> GroupView::candidates() const {
     std::ranges::copy_if(binding_.model().available(), std::back_inserter(candidates),
                          [&](const SourceInfo& source) { return !taken.contains(source.id); });
     return candidates;
-}
-
-std::vector<QWidget*> GroupView::controls() const {
-    std::vector<QWidget*> controls{&recorder_->button(), delete_};
-    for (const SourceRow* const row : rows_)
-        controls.insert(controls.end(), {&row->up(), &row->down(), &row->remove()});
-    controls.push_back(add_);
-    return controls;
 }
 
 void GroupView::fillMenu(QMenu& menu) const {

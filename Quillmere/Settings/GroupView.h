@@ -25,29 +25,21 @@ public:
     /// `onDelete` removes this group; the card may be gone soon after.
     GroupView(const GroupBinding& binding, std::function<void()> onDelete, QWidget* parent = nullptr);
 
-    const UUID& groupID() const { return binding_.groupID(); }
+    const GroupKey& key() const { return binding_.key(); }
 
-    /// Shows `group`, which has this card's identifier, as the group with this
-    /// number, from 1. Does nothing when it shows just that.
+    /// Shows `group`, which has this card's key, as the group with this number,
+    /// from 1. Does nothing when it shows just that.
     void showGroup(const CycleGroup& group, int number);
-    /// Shows the sources anew, whose names or number may have changed.
-    void showSources();
 
-    /// The sources that can be added: the available ones that the group does
-    /// not have, in their order.
-    std::vector<SourceInfo> candidates() const;
-
-    /// Everything that takes the focus, in reading order.
-    std::vector<QWidget*> controls() const;
-
-    ShortcutRecorder& recorder() const { return *recorder_; }
     IconButton& deleteButton() const { return *delete_; }
-    MenuButton& addButton() const { return *add_; }
-    const std::vector<SourceRow*>& rows() const { return rows_; }
 
 private:
     void layOut();
+    void refresh();
     void updateRowCount();
+    /// The sources that can be added: the available ones that the group does
+    /// not have, in their order.
+    std::vector<SourceInfo> candidates() const;
     SourceRow* makeRow(std::size_t index);
     void fillMenu(QMenu& menu) const;
     void append(const std::string& sourceID) const;

@@ -9,10 +9,22 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace quillmere {
+
+namespace {
+
+std::vector<GroupKey> keysOf(const std::vector<CycleGroup>& groups) {
+    std::vector<GroupKey> keys;
+    for (const CycleGroup& group : groups) {
+        const auto before = std::ranges::count(keys, group.id, &GroupKey::id);
+        keys.push_back({.id = group.id, .nth = static_cast<std::size_t>(before)});
+    }
+    return keys;
+}
+
+}  // namespace
 
 LayoutsTab::LayoutsTab(ConfigModel& model, QWidget* parent)
     : QWidget(parent),
@@ -34,49 +46,37 @@ LayoutsTab::LayoutsTab(ConfigModel& model, QWidget* parent)
     });
     connect(addGroup_, &QAbstractButton::clicked, this, [this] { addGroup(); });
     connect(&model_, &ConfigModel::configChanged, this, [this] { refresh(); });
-    connect(&model_, &ConfigModel::availableChanged, this, [this] {
-        for (GroupView* const card : cards_)
-            card->showSources();
-    });
     refresh();
 }
 
 void LayoutsTab::refresh() {
-    active_->setChecked(model_.config().active);
-    updateCards();
+    const Config& config = model_.config();
+    active_->setChecked(config.active);
+    const std::vector<GroupKey> keys = keysOf(config.groups);
+    if (!std::ranges::equal(cards_, keys, {}, &GroupView::key)) updateCards(keys);
+    for (std::size_t i = 0; i < cards_.size(); ++i)
+        cards_[i]->showGroup(config.groups[i], static_cast<int>(i) + 1);
 }
 
-void LayoutsTab::updateCards() {
-    std::vector<GroupView*> old = std::exchange(cards_, {});
-    for (const CycleGroup& group : model_.config().groups) {
-        const std::size_t index = cards_.size();
-        const auto found =
-            std::ranges::find_if(old, [&](const GroupView* card) { return card && card->groupID() == group.id; });
-        cards_.push_back(found == old.end() ? makeCard(group.id) : std::exchange(*found, nullptr));
-        cards_.back()->showGroup(group, static_cast<int>(index) + 1);
-        const int place = static_cast<int>(index);
-        const QLayoutItem* const there = scroll_->column().itemAt(place);
-        if (!there || there->widget() != cards_.back()) scroll_->column().insertWidget(place, cards_.back());
+void LayoutsTab::updateCards(const std::vector<GroupKey>& keys) {
+    const std::vector<GroupView*> before = std::exchange(cards_, {});
+    for (const GroupKey& key : keys) {
+        const auto found = std::ranges::find(before, key, &GroupView::key);
+        cards_.push_back(found == before.end() ? makeCard(key) : *found);
     }
-    for (GroupView* const card : old) {
-        if (!card) continue;
+    for (GroupView* const card : before) {
+        scroll_->column().removeWidget(card);
+        if (std::ranges::find(cards_, card) != cards_.end()) continue;
         // later: the button that was pressed may sit in this very card
         card->hide();
-        scroll_->column().removeWidget(card);
         card->deleteLater();
     }
+    for (GroupView* const card : cards_)
+        scroll_->column().addWidget(card);
 }
 
-GroupView* LayoutsTab::makeCard(const UUID& groupID) {
-    return new GroupView(GroupBinding(model_, groupID), [this, groupID] { removeGroup(groupID); }, scroll_->widget());
-}
-
-std::vector<QWidget*> LayoutsTab::controls() const {
-    std::vector<QWidget*> controls{active_};
-    for (const GroupView* const card : cards_)
-        std::ranges::copy(card->controls(), std::back_inserter(controls));
-    controls.push_back(addGroup_);
-    return controls;
+GroupView* LayoutsTab::makeCard(const GroupKey& key) {
+    return new GroupView(GroupBinding(model_, key), [this, key] { removeGroup(key); }, scroll_->widget());
 }
 
 void LayoutsTab::addGroup() {
@@ -85,12 +85,12 @@ void LayoutsTab::addGroup() {
     model_.setConfig(std::move(config));
 }
 
-void LayoutsTab::removeGroup(const UUID& groupID) {
-    const auto card = std::ranges::find(cards_, groupID, &GroupView::groupID);
+void LayoutsTab::removeGroup(const GroupKey& key) {
+    const auto card = std::ranges::find(cards_, key, &GroupView::key);
     const auto index = static_cast<std::size_t>(card - cards_.begin());
     const bool hadFocus = (*card)->deleteButton().hasFocus();
     Config config = model_.config();
-    std::erase_if(config.groups, [&](const CycleGroup& group) { return group.id == groupID; });
+    std::erase_if(config.groups, [&](const CycleGroup& group) { return group.id == key.id; });
     model_.setConfig(std::move(config));
     if (!hadFocus) return;
     QWidget* const next =

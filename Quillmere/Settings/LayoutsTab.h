@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Quillmere/ConfigModel.h"
+#include "Quillmere/Settings/GroupBinding.h"
 
 #include <QWidget>
 
@@ -20,26 +21,18 @@ public:
     /// `model` must outlive this.
     explicit LayoutsTab(ConfigModel& model, QWidget* parent = nullptr);
 
-    SwitchControl& activeSwitch() const { return *active_; }
-    ChipButton& addGroupButton() const { return *addGroup_; }
-    /// The cards in the groups' order.
-    const std::vector<GroupView*>& cards() const { return cards_; }
-    /// Everything that takes the focus, in reading order.
-    std::vector<QWidget*> controls() const;
-    PaletteScrollArea& scrollArea() const { return *scroll_; }
-
 private:
     void refresh();
-    void updateCards();
-    GroupView* makeCard(const UUID& groupID);
+    void updateCards(const std::vector<GroupKey>& keys);
+    GroupView* makeCard(const GroupKey& key);
     void addGroup();
-    void removeGroup(const UUID& groupID);
+    void removeGroup(const GroupKey& key);
 
     ConfigModel& model_;
     SwitchControl* active_;
     PaletteScrollArea* scroll_;
     ChipButton* addGroup_;
-    std::vector<GroupView*> cards_;
+    std::vector<GroupView*> cards_;  ///< in the groups' order
 };
 
 }  // namespace quillmere

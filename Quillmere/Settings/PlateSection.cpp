@@ -54,7 +54,7 @@ PlateSection::PlateSection(ConfigModel& model, bool glassAvailable, QWidget* par
       background_(new SegmentedPicker(backgroundTitles(), this)),
       opacityRow_(new QWidget(this)),
       opacity_(new PaletteSlider(opacityRow_)),
-      percentage_(new PaletteLabel({}, TextStyle::body, Palette::muted(), opacityRow_)),
+      percentage_(new PaletteLabel({}, TextStyle::monospaced, Palette::muted(), opacityRow_)),
       preview_(new ChipButton(QStringLiteral("Preview"), {}, this)) {
     layOut();
     observe();
@@ -99,14 +99,6 @@ void PlateSection::observe() {
         if (model_.onPreview) model_.onPreview();
     });
     connect(&model_, &ConfigModel::configChanged, this, [this] { refresh(); });
-}
-
-std::vector<QWidget*> PlateSection::controls() const {
-    std::vector<QWidget*> controls{visibility_};
-    for (std::size_t i = 0; i < PlateBackground::allCases.size(); ++i)
-        controls.push_back(background_->segment(static_cast<int>(i)));
-    controls.insert(controls.end(), {opacity_, preview_});
-    return controls;
 }
 
 void PlateSection::refresh() {

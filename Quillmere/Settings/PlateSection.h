@@ -4,7 +4,6 @@
 #include "Quillmere/Controls/CardStyle.h"
 
 #include <functional>
-#include <vector>
 
 namespace quillmere {
 
@@ -22,17 +21,6 @@ public:
     /// material.
     PlateSection(ConfigModel& model, bool glassAvailable, QWidget* parent = nullptr);
 
-    PopUpPicker& visibilityPicker() const { return *visibility_; }
-    SegmentedPicker& backgroundPicker() const { return *background_; }
-    PaletteSlider& opacitySlider() const { return *opacity_; }
-    PaletteLabel& percentage() const { return *percentage_; }
-    /// The label, the slider and the percentage; hidden for a glass plate.
-    QWidget& opacityRow() const { return *opacityRow_; }
-    ChipButton& previewButton() const { return *preview_; }
-
-    /// Everything that takes the focus, in reading order.
-    std::vector<QWidget*> controls() const;
-
 private:
     void layOut();
     void observe();
@@ -43,7 +31,7 @@ private:
     bool glassAvailable_;
     PopUpPicker* visibility_;
     SegmentedPicker* background_;
-    QWidget* opacityRow_;
+    QWidget* opacityRow_;  ///< hidden for a glass plate
     PaletteSlider* opacity_;
     PaletteLabel* percentage_;
     ChipButton* preview_;

@@ -1,27 +1,18 @@
 #include "Quillmere/Settings/SettingsView.h"
 
-#include "Quillmere/Controls/ChipButtonStyle.h"
 #include "Quillmere/Settings/GeneralTab.h"
 #include "Quillmere/Settings/LayoutsTab.h"
+#include "Quillmere/Settings/TabChip.h"
 
 #include <QHBoxLayout>
-#include <QPainter>
 #include <QStackedLayout>
 #include <QVBoxLayout>
-
-#include <algorithm>
-#include <iterator>
 
 namespace quillmere {
 
 namespace {
 constexpr int padding = 20;
 constexpr QSize minimum(460, 520);
-
-bool takesFocus(const QWidget* control) {
-    return control->isEnabled() && control->isVisible() && (control->focusPolicy() & Qt::TabFocus);
-}
-
 }  // namespace
 
 SettingsView::SettingsView(ConfigModel& model, AppSettings& settings, bool glassAvailable, QWidget* parent)
@@ -50,10 +41,8 @@ SettingsView::SettingsView(ConfigModel& model, AppSettings& settings, bool glass
     refresh();
 }
 
-ChipButton* SettingsView::makeTabChip(const QString& title, SettingsTab tab) {
-    auto* const chip = new ChipButton(title, {}, this);
-    connect(chip, &QAbstractButton::clicked, this, [this, tab] { settings_.setTab(tab); });
-    return chip;
+TabChip* SettingsView::makeTabChip(const QString& title, SettingsTab tab) {
+    return new TabChip(title, [this, tab] { settings_.setTab(tab); }, this);
 }
 
 void SettingsView::refresh() {
@@ -61,29 +50,6 @@ void SettingsView::refresh() {
     layoutsChip_->setSelected(isLayouts);
     generalChip_->setSelected(!isLayouts);
     pages_->setCurrentWidget(isLayouts ? static_cast<QWidget*>(layouts_) : general_);
-}
-
-std::vector<QWidget*> SettingsView::controls() const {
-    std::vector<QWidget*> controls{layoutsChip_, generalChip_};
-    const bool isLayouts = settings_.tab() == SettingsTab::layouts;
-    std::ranges::copy(isLayouts ? layouts_->controls() : general_->controls(), std::back_inserter(controls));
-    return controls;
-}
-
-bool SettingsView::focusNextPrevChild(bool next) {
-    std::vector<QWidget*> controls = this->controls();
-    if (!next) std::ranges::reverse(controls);
-    // on from the one that has the focus now, round to itself
-    const auto current = std::ranges::find(controls, focusWidget());
-    if (current != controls.end()) std::rotate(controls.begin(), current + 1, controls.end());
-    const auto target = std::ranges::find_if(controls, takesFocus);
-    if (target == controls.end()) return false;
-    (*target)->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
-    return true;
-}
-
-void SettingsView::paintEvent(QPaintEvent*) {
-    QPainter(this).fillRect(rect(), Palette::window().resolved(Palette::isDark()));
 }
 
 }  // namespace quillmere

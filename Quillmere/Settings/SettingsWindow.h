@@ -1,18 +1,15 @@
 #pragma once
 
 #include "Quillmere/ConfigModel.h"
+#include "Quillmere/Controls/Window.h"
 #include "Quillmere/Platform/Workspace.h"
 #include "Quillmere/Settings/AppSettings.h"
 #include "Quillmere/Switching/InputSources.h"
-
-#include <QWidget>
 
 #include <functional>
 #include <memory>
 
 namespace quillmere {
-
-class SettingsView;
 
 /// The settings window, made when it is first opened and kept when closed.
 /// Main thread only.
@@ -22,10 +19,9 @@ public:
     /// `glassAvailable`: the system has a glass material.
     SettingsWindow(ConfigModel& model, AppSettings& settings, const InputSources& sources, Workspace& workspace,
                    bool glassAvailable);
-    ~SettingsWindow();
 
     /// Told each time the window closes; may be empty.
-    std::function<void()> onClose;
+    std::function<void()> windowWillClose;
 
     /// Shows the window on the Layouts tab, in front, with the sources and
     /// settings of this moment.
@@ -33,8 +29,6 @@ public:
 
     /// The window; null before it is first opened.
     QWidget* window() const { return window_.get(); }
-    /// Its content; null before it is first opened.
-    SettingsView* view() const { return view_; }
 
 private:
     void makeWindow();
@@ -44,8 +38,7 @@ private:
     InputSources sources_;
     Workspace& workspace_;
     bool glassAvailable_;
-    std::unique_ptr<QWidget> window_;
-    SettingsView* view_ = nullptr;  ///< owned by the window
+    std::unique_ptr<Window> window_;
 };
 
 }  // namespace quillmere

@@ -32,7 +32,7 @@ ShortcutRecorder::~ShortcutRecorder() {
 }
 
 bool ShortcutRecorder::isRecording() const {
-    return binding_.model().recordingGroup() == binding_.groupID();
+    return binding_.model().recordingGroup() == binding_.key().id;
 }
 
 void ShortcutRecorder::setNumber(int number) {
@@ -62,7 +62,7 @@ void ShortcutRecorder::toggle() {
 }
 
 void ShortcutRecorder::start() {
-    binding_.model().startRecording(binding_.groupID(),
+    binding_.model().startRecording(binding_.key().id,
                                     [recorder = QPointer(this)](std::int64_t keyCode, Modifiers modifiers) {
                                         if (recorder) recorder->handle(keyCode, modifiers);
                                     });
@@ -97,14 +97,13 @@ void ShortcutRecorder::handle(std::int64_t keyCode, Modifiers modifiers) {
 
 bool ShortcutRecorder::isUsedByAnotherGroup(const Shortcut& shortcut) const {
     return std::ranges::any_of(binding_.model().config().groups, [&](const CycleGroup& group) {
-        return group.id != binding_.groupID() && group.shortcut == shortcut;
+        return group.id != binding_.key().id && group.shortcut == shortcut;
     });
 }
 
 void ShortcutRecorder::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     stop();
-    message_->setMessage({});
 }
 
 }  // namespace quillmere

@@ -17,27 +17,20 @@ public:
     explicit ShortcutRecorder(const GroupBinding& binding, QWidget* parent = nullptr);
     ~ShortcutRecorder() override;
 
-    /// Whether the next key press goes to this recorder.
-    bool isRecording() const;
-
-    /// The number by which assistive programs name the group, from 1.
+    /// Shows the group as it is now. `number`, from 1, is the one by which
+    /// assistive programs name it.
     void setNumber(int number);
-
-    /// One key press while recording: Delete removes the shortcut, Escape
-    /// leaves it, anything else becomes it if it is valid and free.
-    void handle(std::int64_t keyCode, Modifiers modifiers);
-
-    /// Shows the group as it is now.
-    void refresh();
-
-    ShortcutChip& button() const { return *button_; }
-    /// Why the last press was rejected; hidden while there is nothing to say.
-    MessageLabel& message() const { return *message_; }
 
 protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
+    void refresh();
+    /// Whether the next key press goes to this recorder.
+    bool isRecording() const;
+    /// One key press while recording: Delete removes the shortcut, Escape
+    /// leaves it, anything else becomes it if it is valid and free.
+    void handle(std::int64_t keyCode, Modifiers modifiers);
     void toggle();
     void start();
     void stop();
@@ -47,7 +40,7 @@ private:
     GroupBinding binding_;
     int number_ = 0;
     ShortcutChip* button_;
-    MessageLabel* message_;
+    MessageLabel* message_;  ///< why the last press was rejected
 };
 
 }  // namespace quillmere

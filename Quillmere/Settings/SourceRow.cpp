@@ -41,7 +41,6 @@ SourceRow::SourceRow(int index, QWidget* parent)
 void SourceRow::setSource(const QString& name, int count) {
     up_->setEnabled(index_ > 0);
     down_->setEnabled(index_ + 1 < count);
-    if (name_->text() == name && !up_->accessibleName().isEmpty()) return;
     name_->setText(name);
     up_->setAccessibleName(QStringLiteral("Move %1 up").arg(name));
     down_->setAccessibleName(QStringLiteral("Move %1 down").arg(name));

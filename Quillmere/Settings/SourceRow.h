@@ -18,8 +18,6 @@ public:
     /// Shows this source, as one of `count`.
     void setSource(const QString& name, int count);
 
-    PaletteLabel& position() const { return *position_; }
-    PaletteLabel& name() const { return *name_; }
     IconButton& up() const { return *up_; }
     IconButton& down() const { return *down_; }
     IconButton& remove() const { return *remove_; }

@@ -2,76 +2,89 @@
 
 #include "Quillmere/Controls/AccentButtonStyle.h"
 #include "Quillmere/Controls/WrappedLabel.h"
-#include "Quillmere/Icons/AppIcon.h"
 
-#include <QAccessible>
-#include <QGuiApplication>
-#include <QPainter>
-#include <QScreen>
+#include <QAccessibleWidget>
+#include <QKeyEvent>
 #include <QVBoxLayout>
 
 namespace quillmere {
 
 namespace {
 
-constexpr Qt::WindowFlags alertFlags =
-    Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint;
-
 // In points; the same as in the program's other messages.
 constexpr int alertWidth = 320;
 constexpr int padding = 24;
 constexpr int spacing = 14;
 
+/// The message, the text under it, and the button that has read them.
+QWidget* makeContent(const QString& message, const QString& informativeText, QAbstractButton* button) {
+    auto* const content = new QWidget;
+    auto* const column = new QVBoxLayout(content);
+    column->setContentsMargins(padding, padding, padding, padding);
+    column->setSpacing(spacing);
+    column->addWidget(new WrappedLabel(message, TextStyle::title));
+    column->addWidget(new WrappedLabel(informativeText, TextStyle::body, Palette::muted()));
+    column->addWidget(button, 0, Qt::AlignLeading);
+    content->setFixedSize(alertWidth, column->heightForWidth(alertWidth));
+    return content;
+}
+
 /// Not the desktop's message box, which takes its colours from the desktop's
 /// theme and not from the palette.
-class AlertDialog : public QDialog {
+class Alert : public Window {
 public:
-    AlertDialog(const QString& message, const QString& informativeText) : QDialog(nullptr, alertFlags) {
-        setWindowTitle(QStringLiteral("Quillmere"));
-        setWindowIcon(AppIcon::make());
-        setAttribute(Qt::WA_DeleteOnClose);
-        setAccessibleName(message);
-        setAccessibleDescription(informativeText);
-        auto* const button = new AccentButton(QStringLiteral("OK"));
-        connect(button, &QAbstractButton::clicked, this, &QDialog::accept);
-        auto* const column = new QVBoxLayout(this);
-        column->setContentsMargins(padding, padding, padding, padding);
-        column->setSpacing(spacing);
-        column->addWidget(new WrappedLabel(message, TextStyle::title));
-        column->addWidget(new WrappedLabel(informativeText, TextStyle::body, Palette::muted()));
-        column->addWidget(button, 0, Qt::AlignLeading);
-        setFixedSize(alertWidth, column->heightForWidth(alertWidth));
-        button->setFocus();
-    }
+    Alert(const QString& message, const QString& informativeText)
+        : Alert(message, informativeText, new AccentButton(QStringLiteral("OK"))) {}
 
 protected:
-    void paintEvent(QPaintEvent* /*event*/) override {
-        QPainter(this).fillRect(rect(), Palette::window().resolved(Palette::isDark()));
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->matches(QKeySequence::Cancel))
+            close();
+        else
+            Window::keyPressEvent(event);
     }
 
     void showEvent(QShowEvent* event) override {
-        QDialog::showEvent(event);
+        Window::showEvent(event);
         QAccessibleEvent alert(this, QAccessible::Alert);
         QAccessible::updateAccessibility(&alert);
     }
+
+private:
+    Alert(const QString& message, const QString& informativeText, AccentButton* button)
+        : Window(Kind::alert, QStringLiteral("Quillmere"), makeContent(message, informativeText, button)) {
+        setAttribute(Qt::WA_DeleteOnClose);
+        // Modal without an event loop of its own, so that quitting stays possible.
+        setWindowModality(Qt::ApplicationModal);
+        setAccessibleName(message);
+        setAccessibleDescription(informativeText);
+        connect(button, &QAbstractButton::clicked, this, &QWidget::close);
+        button->setFocus();
+    }
 };
+
+/// Else it would be a window like any other to assistive programs.
+QAccessibleInterface* accessibleInterface(const QString&, QObject* object) {
+    auto* const alert = dynamic_cast<Alert*>(object);
+    return alert ? new QAccessibleWidget(alert, QAccessible::Dialog) : nullptr;
+}
 
 }  // namespace
 
+UpdateAlert::UpdateAlert(Workspace& workspace) : workspace_(workspace) {
+    static const bool isInstalled = (QAccessible::installFactory(accessibleInterface), true);
+    Q_UNUSED(isInstalled);
+}
+
 UpdateAlert::~UpdateAlert() {
-    delete dialog_;
+    delete window_;
 }
 
 void UpdateAlert::show(const std::string& message, const std::string& informativeText) {
-    delete dialog_;
-    dialog_ = new AlertDialog(QString::fromStdString(message), QString::fromStdString(informativeText));
-    QRect frame(QPoint(), dialog_->size());
-    frame.moveCenter(QGuiApplication::primaryScreen()->availableGeometry().center());
-    dialog_->move(frame.topLeft());
-    // Modal without an event loop of its own, so that quitting stays possible.
-    dialog_->setWindowModality(Qt::ApplicationModal);
-    dialog_->show();
-    workspace_.bringToFront(*dialog_);
+    delete window_;
+    window_ = new Alert(QString::fromStdString(message), QString::fromStdString(informativeText));
+    window_->show();
+    workspace_.bringToFront(*window_);
 }
 
 }  // namespace quillmere

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Quillmere/Controls/Window.h"
 #include "Quillmere/Platform/Workspace.h"
 
-#include <QDialog>
 #include <QPointer>
 
 #include <string>
@@ -14,7 +14,7 @@ namespace quillmere {
 class UpdateAlert {
 public:
     /// `workspace` must outlive this.
-    explicit UpdateAlert(Workspace& workspace) : workspace_(workspace) {}
+    explicit UpdateAlert(Workspace& workspace);
     ~UpdateAlert();
     UpdateAlert(const UpdateAlert&) = delete;
     UpdateAlert& operator=(const UpdateAlert&) = delete;
@@ -24,11 +24,11 @@ public:
     void show(const std::string& message, const std::string& informativeText);
 
     /// The alert that is shown; null when there is none.
-    QDialog* dialog() const { return dialog_; }
+    QWidget* window() const { return window_; }
 
 private:
     Workspace& workspace_;
-    QPointer<QDialog> dialog_;
+    QPointer<Window> window_;
 };
 
 }  // namespace quillmere

@@ -6,10 +6,8 @@
 #include "Quillmere/Controls/WrappedLabel.h"
 #include "Quillmere/Updates/ByteCount.h"
 
-#include <QApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QPainter>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
@@ -80,6 +78,7 @@ void UpdateView::addNotes(const std::vector<std::string>& notes) {
         notes_->column().addLayout(makeNote(shortened(notes[i], longestNote)));
     }
     if (notes.size() > mostNotes) notes_->column().addLayout(makeNote(ellipsis()));
+    notes_->setFixedHeight(notes_->column().heightForWidth(viewWidth - 2 * padding));
     column_->addWidget(notes_);
 }
 
@@ -98,33 +97,18 @@ void UpdateView::addButtons(Actions actions) {
 }
 
 void UpdateView::fit(int maximumHeight) {
-    if (notes_ != nullptr) {
-        notes_->setFixedHeight(0);
-        const int others = column_->heightForWidth(viewWidth);
-        const int whole = notes_->column().heightForWidth(viewWidth - 2 * padding);
-        notes_->setFixedHeight(std::min(whole, std::max(maximumHeight - others, leastNotesHeight)));
-    }
+    const int excess = column_->heightForWidth(viewWidth) - maximumHeight;
+    if (notes_ && excess > 0) notes_->setFixedHeight(std::max(notes_->minimumHeight() - excess, leastNotesHeight));
     setFixedSize(viewWidth, column_->heightForWidth(viewWidth));
 }
 
-// From the keyboard, since the notes take no focus.
+// The notes scroll from the keyboard without having the focus. Straight to the
+// bar: an event that it is sent would come back here from its parents.
 void UpdateView::keyPressEvent(QKeyEvent* event) {
-    const bool scrolls = event->key() == Qt::Key_PageUp || event->key() == Qt::Key_PageDown
-                         || event->key() == Qt::Key_Home || event->key() == Qt::Key_End;
-    if (notes_ == nullptr || !scrolls) {
+    if (notes_)
+        notes_->verticalScrollBar()->event(event);
+    else
         QWidget::keyPressEvent(event);
-        return;
-    }
-    using Action = QAbstractSlider::SliderAction;
-    const Action action = event->key() == Qt::Key_PageUp     ? Action::SliderPageStepSub
-                          : event->key() == Qt::Key_PageDown ? Action::SliderPageStepAdd
-                          : event->key() == Qt::Key_Home     ? Action::SliderToMinimum
-                                                             : Action::SliderToMaximum;
-    notes_->verticalScrollBar()->triggerAction(action);
-}
-
-void UpdateView::paintEvent(QPaintEvent* /*event*/) {
-    QPainter(this).fillRect(rect(), Palette::window().resolved(Palette::isDark()));
 }
 
 }  // namespace quillmere

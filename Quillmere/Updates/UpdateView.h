@@ -37,14 +37,13 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     void addNotes(const std::vector<std::string>& notes);
     void addButtons(Actions actions);
 
     QVBoxLayout* column_;
-    PaletteScrollArea* notes_ = nullptr;  // null without notes
+    PaletteScrollArea* notes_ = nullptr;  ///< null without notes
 };
 
 }  // namespace quillmere

@@ -1,18 +1,17 @@
 #include "Quillmere/AppDelegate.h"
-#include "Quillmere/Controls/ChipButtonStyle.h"
 #include "Quillmere/Menu/StatusItem.h"
 #include "Quillmere/Palette.h"
 #include "Quillmere/Settings/GroupView.h"
-#include "Quillmere/Settings/LayoutsTab.h"
-#include "Quillmere/Settings/SettingsView.h"
-#include "Quillmere/Settings/ShortcutChip.h"
-#include "Quillmere/Settings/ShortcutRecorder.h"
+#include "Tests/App/WindowContent.h"
 #include "Tests/Support/FakePlatform.h"
+#include "Tests/Support/Settle.h"
 
 #include <gtest/gtest.h>
 
 #include <QAction>
 #include <QMenu>
+#include <QSignalSpy>
+#include <QTest>
 #include <QWidget>
 
 namespace quillmere {
@@ -41,8 +40,15 @@ protected:
         system.tap.callback({KeyEventType::keyUp, shortcut.keyCode, 0, flags, 0});
         return decision;
     }
-    SettingsView& view() { return *delegate->settingsWindow()->view(); }
-    ShortcutRecorder& recorder(std::size_t index) { return view().layoutsTab().cards().at(index)->recorder(); }
+    QWidget& window() { return *delegate->settingsWindow()->window(); }
+    QAbstractButton& recorder(std::size_t index) {
+        settle();
+        return *shown<QAbstractButton>(*shown<GroupView>(window()).at(index)).front();
+    }
+    /// How often an entry of the menu is chosen from now on.
+    QSignalSpy choices(int entry) {
+        return QSignalSpy(delegate->statusItem()->menu().actions().at(entry), &QAction::triggered);
+    }
 
     FakePlatform system;
     std::unique_ptr<AppDelegate> delegate;
@@ -70,7 +76,7 @@ TEST_F(AppDelegateSettingsTest, TheSettingsStateIsMadeOnce) {
 
 TEST_F(AppDelegateSettingsTest, ClosingTheWindowWhileRecordingMakesTheNextKeyANormalOne) {
     delegate->openSettings();
-    recorder(1).button().click();
+    recorder(1).click();
     EXPECT_TRUE(system.tap.interest.everyKey);
     EXPECT_EQ(press(Shortcut{0, {}}), InterceptDecision::swallow);
     delegate->settingsWindow()->window()->close();
@@ -82,10 +88,23 @@ TEST_F(AppDelegateSettingsTest, ClosingTheWindowWhileRecordingMakesTheNextKeyANo
 
 TEST_F(AppDelegateSettingsTest, ARecordedShortcutSwitchesAtOnce) {
     delegate->openSettings();
-    recorder(1).button().click();
+    recorder(1).click();
     EXPECT_EQ(press(Shortcut::fn), InterceptDecision::swallow);
-    EXPECT_EQ(recorder(1).button().title(), "🌐 Fn");
+    EXPECT_EQ(recorder(1).text(), "🌐 Fn");
     EXPECT_EQ(system.tap.interest.shortcuts, std::vector<Shortcut>({commandK, Shortcut::fn}));
+}
+
+TEST_F(AppDelegateSettingsTest, TheMenusKeyEquivalentsActInTheSettingsWindow) {
+    delegate->openSettings();
+    window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window(), 10000));
+    delegate->settings().setTab(SettingsTab::general);
+    QTest::keyClick(&window(), Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(delegate->settings().tab(), SettingsTab::layouts);
+    EXPECT_EQ(system.workspace.broughtToFront.size(), 2U);
+    const QSignalSpy quits = choices(3);
+    QTest::keyClick(&window(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(quits.count(), 1);
 }
 
 TEST_F(AppDelegateSettingsTest, TheActiveToggleAndTheMenuShowTheSame) {
@@ -94,7 +113,7 @@ TEST_F(AppDelegateSettingsTest, TheActiveToggleAndTheMenuShowTheSame) {
     EXPECT_FALSE(delegate->model().config().active);
     QMenu& menu = delegate->statusItem()->menu();
     emit menu.aboutToShow();
-    EXPECT_FALSE(delegate->statusItem()->activeItem().isChecked());
+    EXPECT_FALSE(menu.actions().front()->isChecked());
 }
 
 }  // namespace

@@ -213,7 +213,7 @@ TEST_F(AppDelegateTest, TurningOffAndOnRestoresTheConfigurationAndStoresBoth) {
 TEST_F(AppDelegateTest, TheMenuTogglesAndItsCheckMarkFollowsTheConfiguration) {
     launch();
     QMenu& menu = delegate->statusItem()->menu();
-    QAction& active = delegate->statusItem()->activeItem();
+    QAction& active = *delegate->statusItem()->menu().actions().front();
     emit menu.aboutToShow();
     EXPECT_TRUE(active.isChecked());
     active.trigger();

@@ -1,4 +1,5 @@
 #include "Quillmere/AppDelegate.h"
+#include "Quillmere/Menu/StatusItem.h"
 #include "Quillmere/Palette.h"
 #include "Tests/Support/FakePlatform.h"
 #include "Tests/Support/HttpServer.h"
@@ -6,9 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
-#include <QDialog>
 #include <QLabel>
+#include <QSignalSpy>
+#include <QTest>
 
 namespace quillmere {
 
@@ -30,11 +33,9 @@ protected:
         launch(server.url("/feed.json"));
     }
 
-    static QDialog* alert() {
-        for (QWidget* window : QApplication::topLevelWidgets()) {
-            auto* const dialog = qobject_cast<QDialog*>(window);
-            if (dialog != nullptr && dialog->isVisible()) return dialog;
-        }
+    static QWidget* alert() {
+        for (QWidget* window : QApplication::topLevelWidgets())
+            if (window->isVisible() && window->isModal()) return window;
         return nullptr;
     }
 
@@ -100,6 +101,24 @@ TEST_F(AppDelegateUpdateTest, TheNotesAreInTheUsersLanguage) {
     for (const QLabel* label : delegate->updateWindow().window()->findChildren<QLabel*>())
         texts << label->text();
     EXPECT_TRUE(texts.contains("Швидше.")) << texts.join("|").toStdString();
+}
+
+TEST_F(AppDelegateUpdateTest, TheMenusKeyEquivalentsActInTheUpdateWindowAndInTheAlert) {
+    const auto pressQuit = [this](QWidget& window) {
+        window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window, 10000));
+        const QSignalSpy quits(delegate->statusItem()->menu().actions().at(3), &QAction::triggered);
+        QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
+        return quits.count();
+    };
+    launchWithFeed(newerFeed);
+    delegate->checkForUpdates();
+    ASSERT_TRUE(waitUntil([&] { return delegate->updateWindow().window() != nullptr; }));
+    EXPECT_EQ(pressQuit(*delegate->updateWindow().window()), 1);
+    server.answer("/feed.json", HttpAnswer::with("500 Internal Server Error"));
+    delegate->checkForUpdates();
+    ASSERT_TRUE(waitUntil([] { return alert() != nullptr; }));
+    EXPECT_EQ(pressQuit(*alert()), 1);
 }
 
 TEST_F(AppDelegateUpdateTest, ThereIsOneUpdateWindow) {

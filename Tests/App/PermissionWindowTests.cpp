@@ -3,17 +3,20 @@
 #include "Quillmere/AppDelegate.h"
 #include "Quillmere/Controls/AccentButtonStyle.h"
 #include "Quillmere/Controls/ChipButtonStyle.h"
+#include "Quillmere/Menu/StatusItem.h"
 #include "Quillmere/Palette.h"
-#include "Quillmere/Permission/PermissionView.h"
+#include "Tests/App/WindowContent.h"
 #include "Tests/Support/FakePermissionRequest.h"
 #include "Tests/Support/FakePlatform.h"
 #include "Tests/Support/Settle.h"
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QLabel>
 #include <QScreen>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <algorithm>
@@ -33,25 +36,12 @@ protected:
     /// The texts that can be read, from top to bottom.
     QStringList texts() const {
         settle();
-        QStringList result;
-        for (const QLabel* label : labels())
-            result << label->text();
-        return result;
+        return quillmere::texts(window());
     }
 
-    QList<QLabel*> labels() const {
-        QList<QLabel*> labels = window().findChildren<QLabel*>();
-        std::ranges::sort(labels, {}, [](const QLabel* label) { return label->mapTo(label->window(), QPoint()).y(); });
-        return labels;
-    }
+    std::vector<QLabel*> labels() const { return quillmere::shown<QLabel>(window()); }
 
-    ControlButton& button(const QString& title) const {
-        for (auto* button : window().findChildren<QAbstractButton*>()) {
-            auto* const control = dynamic_cast<ControlButton*>(button);
-            if (control != nullptr && control->title() == title) return *control;
-        }
-        throw std::runtime_error("no button " + title.toStdString());
-    }
+    QAbstractButton& button(const QString& title) const { return quillmere::button(window(), title); }
 
     void press(const QString& title) {
         QTest::mouseClick(&button(title), Qt::LeftButton);
@@ -106,7 +96,7 @@ TEST_F(PermissionWindowTest, HasAnIconATitleAndACloseButtonAndKeepsItsSize) {
 TEST_F(PermissionWindowTest, IsLaidOutAsAColumn) {
     shown.show();
     settle();
-    const QList<QLabel*> lines = labels();
+    const std::vector<QLabel*> lines = labels();
     const QRect settings = frameOf(button("Open System Settings"));
     const QRect quit = frameOf(button("Quit"));
     EXPECT_EQ(frameOf(*lines[0]).topLeft(), QPoint(24, 24));
@@ -122,13 +112,32 @@ TEST_F(PermissionWindowTest, IsLaidOutAsAColumn) {
 TEST_F(PermissionWindowTest, UsesTheCommonStyles) {
     shown.show();
     settle();
-    const QList<QLabel*> lines = labels();
+    const std::vector<QLabel*> lines = labels();
     EXPECT_EQ(lines[0]->font().pixelSize(), 15);
     EXPECT_EQ(lines[0]->font().weight(), QFont::DemiBold);
     EXPECT_EQ(lines[1]->font().pixelSize(), 13);
-    EXPECT_EQ(lines[2]->font().pixelSize(), textFont(TextStyle::caption).pixelSize());
+    EXPECT_EQ(lines[2]->font().pixelSize(), 11);
+    for (const bool isDark : {false, true}) {
+        Palette::setDark(isDark);
+        EXPECT_TRUE(isSame(ink(*lines[0]), labelColor().resolved(isDark)));
+        EXPECT_TRUE(isSame(ink(*lines[1]), Palette::muted().resolved(isDark)));
+        EXPECT_TRUE(isSame(ink(*lines[2]), Palette::muted().resolved(isDark)));
+    }
     EXPECT_NE(dynamic_cast<AccentButton*>(&button("Open System Settings")), nullptr);
     EXPECT_NE(dynamic_cast<ChipButton*>(&button("Quit")), nullptr);
+}
+
+TEST_F(PermissionWindowTest, TabWalksThroughTheButtonsOfEachState) {
+    shown.show();
+    EXPECT_EQ(window().focusWidget(), window().focusProxy()) << "no button has the focus yet";
+    for (const char* const title : {"Open System Settings", "Quit", "Open System Settings"}) {
+        QTest::keyClick(window().focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(window().focusWidget(), &button(title));
+    }
+    shown.granted();
+    settle();
+    QTest::keyClick(window().focusWidget() ? window().focusWidget() : &window(), Qt::Key_Tab);
+    EXPECT_EQ(window().focusWidget(), &button("Done"));
 }
 
 TEST_F(PermissionWindowTest, TheMainButtonOpensThePlaceThatGrants) {
@@ -288,12 +297,24 @@ TEST_F(PermissionAtLaunch, WithoutPermissionTheWindowWaitsAndTurnsReadyWithinASe
     EXPECT_EQ(delegate->permissionWindow()->window(), nullptr);
 }
 
+TEST_F(PermissionAtLaunch, TheMenusKeyEquivalentsActInTheWindow) {
+    system.tap.allowed = false;
+    launch();
+    QWidget* const window = delegate->permissionWindow()->window();
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window, 10000));
+    const QSignalSpy quits(delegate->statusItem()->menu().actions().at(3), &QAction::triggered);
+    QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(quits.count(), 1);
+    QTest::keyClick(window, Qt::Key_Comma, Qt::ControlModifier);
+    ASSERT_NE(delegate->settingsWindow(), nullptr);
+    EXPECT_TRUE(delegate->settingsWindow()->window()->isVisible());
+}
+
 TEST_F(PermissionAtLaunch, TheButtonAsksTheSystem) {
     system.tap.allowed = false;
     launch();
-    for (auto* button : delegate->permissionWindow()->window()->findChildren<AccentButton*>()) {
-        QTest::mouseClick(button, Qt::LeftButton);
-    }
+    QTest::mouseClick(&button(*delegate->permissionWindow()->window(), "Open System Settings"), Qt::LeftButton);
     EXPECT_EQ(system.permissionRequest.opens, 1);
     EXPECT_TRUE(delegate->isRetrying());
 }

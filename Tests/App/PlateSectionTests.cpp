@@ -1,13 +1,9 @@
-#include "Quillmere/Controls/ChipButtonStyle.h"
-#include "Quillmere/Controls/PaletteLabel.h"
 #include "Quillmere/Controls/PaletteSlider.h"
-#include "Quillmere/Controls/PopUpPicker.h"
-#include "Quillmere/Controls/SegmentedPicker.h"
-#include "Quillmere/Settings/GeneralTab.h"
-#include "Quillmere/Settings/PlateSection.h"
 #include "Tests/App/SettingsFixture.h"
 
 #include <QAccessible>
+#include <QComboBox>
+#include <QFontInfo>
 
 namespace quillmere {
 namespace {
@@ -16,22 +12,21 @@ class PlateSectionTest : public SettingsTest {
 protected:
     void openPlate(PlateSettings plate = PlateSettings()) {
         open({}, plate);
-        settings->setTab(SettingsTab::general);
-        settle();
+        showTab(SettingsTab::general);
     }
-    PlateSection& section() const { return view().generalTab().plateSection(); }
     const PlateSettings& plate() const { return model->config().plate; }
-    QString background() const {
-        return section().backgroundPicker().segment(section().backgroundPicker().currentIndex())->text();
+    QComboBox& visibilityPicker() const { return named<QComboBox>(view(), "Show the plate"); }
+    /// The title of the background that is chosen.
+    QString background() const { return button("Solid").isChecked() ? button("Solid").text() : button("Glass").text(); }
+    PaletteSlider& slider() const { return *shown<PaletteSlider>(view()).front(); }
+    bool showsOpacity() const {
+        return !shown<PaletteSlider>(view()).empty() && texts(view()).contains("Background opacity");
     }
-    bool showsOpacity() const { return section().opacityRow().isVisible(); }
+    QString percentage() const { return texts(view()).last(); }
+    /// The x of the knob's middle.
+    int position(double value) const { return static_cast<int>(8 + value * (slider().width() - 16)); }
     /// The plate settings that are stored at this moment.
     PlateSettings storedPlate() const { return stored().plate; }
-    void pressOnSlider(double value) const {
-        PaletteSlider& slider = section().opacitySlider();
-        QTest::mouseClick(&slider, Qt::LeftButton, {},
-                          QPoint(static_cast<int>(slider.position(value)), slider.height() / 2));
-    }
 };
 
 TEST_F(PlateSectionTest, WithoutAChoiceASystemWithGlassShowsGlassAndNoOpacity) {
@@ -44,12 +39,12 @@ TEST_F(PlateSectionTest, WithoutAChoiceASystemWithGlassShowsGlassAndNoOpacity) {
 TEST_F(PlateSectionTest, ChoosingSolidThereIsStoredAndShowsTheDefaultOpacity) {
     glassAvailable = true;
     openPlate();
-    click(*section().backgroundPicker().segment(0));
+    click(button("Solid"));
     EXPECT_EQ(storedPlate().background, PlateBackground::solid);
     EXPECT_EQ(storedPlate().opacity(), std::nullopt);
     EXPECT_EQ(writes(), 1);
     EXPECT_TRUE(showsOpacity());
-    EXPECT_EQ(section().percentage().text(), "80 %");
+    EXPECT_EQ(percentage(), "80 %");
 }
 
 TEST_F(PlateSectionTest, WithoutAChoiceASystemWithoutGlassShowsSolid) {
@@ -60,22 +55,22 @@ TEST_F(PlateSectionTest, WithoutAChoiceASystemWithoutGlassShowsSolid) {
 
 TEST_F(PlateSectionTest, GlassCanBeChosenWhereThereIsNone) {
     openPlate();
-    EXPECT_TRUE(section().backgroundPicker().segment(1)->isEnabled());
-    click(*section().backgroundPicker().segment(1));
+    EXPECT_TRUE(button("Glass").isEnabled());
+    click(button("Glass"));
     EXPECT_EQ(storedPlate().background, PlateBackground::glass);
     EXPECT_FALSE(showsOpacity());
 }
 
 TEST_F(PlateSectionTest, ChoosingWhatIsShownAlreadyMakesItExplicit) {
     openPlate();
-    click(*section().backgroundPicker().segment(0));
+    click(button("Solid"));
     EXPECT_EQ(storedPlate().background, PlateBackground::solid);
     EXPECT_EQ(writes(), 1);
 }
 
 TEST_F(PlateSectionTest, TheArrowsChooseTheBackground) {
     openPlate();
-    section().backgroundPicker().segment(0)->setFocus(Qt::TabFocusReason);
+    button("Solid").setFocus(Qt::TabFocusReason);
     press(Qt::Key_Right);
     EXPECT_EQ(storedPlate().background, PlateBackground::glass);
     EXPECT_EQ(writes(), 1);
@@ -86,7 +81,7 @@ TEST_F(PlateSectionTest, TheArrowsChooseTheBackground) {
 
 TEST_F(PlateSectionTest, TheVisibilityIsChosenFromTwoTexts) {
     openPlate();
-    PopUpPicker& picker = section().visibilityPicker();
+    QComboBox& picker = visibilityPicker();
     ASSERT_EQ(picker.count(), 2);
     EXPECT_EQ(picker.itemText(0), "Always");
     EXPECT_EQ(picker.itemText(1), "Only with more than two layouts");
@@ -102,8 +97,8 @@ TEST_F(PlateSectionTest, OpacityIsShownAsARoundedPercentage) {
         {0.004, "0 %"}, {0.005, "1 %"}, {0.125, "13 %"}, {0.35, "35 %"}, {0.996, "100 %"}, {0, "0 %"}, {1, "100 %"}};
     for (const auto& [opacity, text] : cases) {
         openPlate();
-        section().opacitySlider().slide(opacity);
-        EXPECT_EQ(section().percentage().text(), text);
+        slider().slide(opacity);
+        EXPECT_EQ(percentage(), text);
         EXPECT_EQ(storedPlate().opacity(), opacity);
         EXPECT_EQ(writes(), 1);
     }
@@ -111,9 +106,9 @@ TEST_F(PlateSectionTest, OpacityIsShownAsARoundedPercentage) {
 
 TEST_F(PlateSectionTest, EachStepOfADragIsOneWrite) {
     openPlate();
-    PaletteSlider& slider = section().opacitySlider();
+    PaletteSlider& slider = this->slider();
     const int y = slider.height() / 2;
-    const int from = static_cast<int>(slider.position(0.8));
+    const int from = position(0.8);
     QTest::mousePress(&slider, Qt::LeftButton, {}, QPoint(from, y));
     const int atPress = writes();
     for (int step = 1; step <= 20; ++step)
@@ -127,14 +122,14 @@ TEST_F(PlateSectionTest, EachStepOfADragIsOneWrite) {
 
 TEST_F(PlateSectionTest, APressBesideTheKnobBringsItThere) {
     openPlate();
-    pressOnSlider(0.25);
+    QTest::mouseClick(&slider(), Qt::LeftButton, {}, QPoint(position(0.25), slider().height() / 2));
     EXPECT_NEAR(storedPlate().opacity().value(), 0.25, 0.01);
     EXPECT_EQ(writes(), 1);
 }
 
 TEST_F(PlateSectionTest, TheSliderStaysWithinItsEnds) {
     openPlate();
-    section().opacitySlider().setFocus(Qt::TabFocusReason);
+    slider().setFocus(Qt::TabFocusReason);
     press(Qt::Key_End);
     EXPECT_EQ(storedPlate().opacity(), 1.0);
     press(Qt::Key_Right);
@@ -142,9 +137,9 @@ TEST_F(PlateSectionTest, TheSliderStaysWithinItsEnds) {
     press(Qt::Key_Home);
     EXPECT_EQ(storedPlate().opacity(), 0.0);
     press(Qt::Key_PageUp);
-    EXPECT_EQ(section().percentage().text(), "10 %");
+    EXPECT_EQ(percentage(), "10 %");
     press(Qt::Key_Up);
-    EXPECT_EQ(section().percentage().text(), "11 %");
+    EXPECT_EQ(percentage(), "11 %");
 }
 
 TEST_F(PlateSectionTest, AChangeMadeElsewhereIsShownAtOnceAndNotWrittenAgain) {
@@ -153,9 +148,9 @@ TEST_F(PlateSectionTest, AChangeMadeElsewhereIsShownAtOnceAndNotWrittenAgain) {
     config.plate = PlateSettings(PlateVisibility::manyOnly, PlateBackground::solid, 0.5);
     model->setConfig(config);
     EXPECT_EQ(writes(), 1);
-    EXPECT_EQ(section().visibilityPicker().currentIndex(), 1);
-    EXPECT_EQ(section().opacitySlider().value(), 0.5);
-    EXPECT_EQ(section().percentage().text(), "50 %");
+    EXPECT_EQ(visibilityPicker().currentIndex(), 1);
+    EXPECT_EQ(slider().value(), 0.5);
+    EXPECT_EQ(percentage(), "50 %");
     config.plate.background = PlateBackground::glass;
     model->setConfig(config);
     EXPECT_EQ(background(), "Glass");
@@ -164,17 +159,68 @@ TEST_F(PlateSectionTest, AChangeMadeElsewhereIsShownAtOnceAndNotWrittenAgain) {
 
 TEST_F(PlateSectionTest, PreviewRunsTheModelsActionOrNothing) {
     openPlate();
-    click(section().previewButton());
+    click(button("Preview"));
     int previews = 0;
     model->onPreview = [&] { ++previews; };
-    click(section().previewButton());
+    click(button("Preview"));
     EXPECT_EQ(previews, 1);
     EXPECT_EQ(writes(), 0);
 }
 
+TEST_F(PlateSectionTest, ThePercentageIsMutedAndHasDigitsOfEqualWidth) {
+    openPlate();
+    QLabel& shownPercentage = label(view(), "80 %");
+    EXPECT_TRUE(QFontInfo(shownPercentage.font()).fixedPitch());
+    for (const bool isDark : {false, true}) {
+        Palette::setDark(isDark);
+        EXPECT_TRUE(isSame(ink(shownPercentage), Palette::muted().resolved(isDark)));
+    }
+}
+
+TEST_F(PlateSectionTest, ThePercentageEndsAtTheTrailingEdgeOfItsBox) {
+    openPlate();
+    QLabel& box = label(view(), "80 %");
+    EXPECT_EQ(box.width(), 48);
+    const auto inked = [&](int fromRight) {
+        const QImage image = enlarged(box);
+        const int x = image.width() - 1 - fromRight * image.width() / box.width();
+        for (int y = 0; y < image.height(); ++y)
+            if (image.pixelColor(x, y).alpha() > 0) return true;
+        return false;
+    };
+    const auto firstInk = [&] {
+        int points = 0;
+        while (points < box.width() && !inked(points))
+            ++points;
+        return points;
+    };
+    const int gap = firstInk();
+    EXPECT_LE(gap, 2);
+    slider().slide(1);
+    EXPECT_EQ(firstInk(), gap) << "the sign moves";
+}
+
+TEST_F(PlateSectionTest, ItsPartsAreInTheirOrder10PointsApart) {
+    openPlate();
+    const auto frame = [this](const QWidget& widget) { return QRect(widget.mapTo(&view(), QPoint()), widget.size()); };
+    EXPECT_EQ(texts(view()).mid(1),
+              QStringList({"Switcher plate", "Show the plate", "Background", "Background opacity", "80 %"}));
+    const QRect title = frame(label(view(), "Switcher plate"));
+    const QRect visibility = frame(visibilityPicker());
+    const QRect background = frame(*button("Solid").parentWidget());
+    const QRect opacity = frame(*slider().parentWidget());
+    const QRect preview = frame(button("Preview"));
+    EXPECT_EQ(label(view(), "Switcher plate").font().weight(), QFont::DemiBold);
+    EXPECT_EQ(visibility.top() - title.bottom() - 1, 10);
+    EXPECT_EQ(background.top() - visibility.bottom() - 1, 10);
+    EXPECT_EQ(opacity.top() - background.bottom() - 1, 10);
+    EXPECT_EQ(preview.top() - opacity.bottom() - 1, 10);
+    EXPECT_EQ(preview.left(), title.left());
+}
+
 TEST_F(PlateSectionTest, TheSliderTellsAssistiveProgramsAPercentage) {
     openPlate();
-    QAccessibleInterface* const slider = QAccessible::queryAccessibleInterface(&section().opacitySlider());
+    QAccessibleInterface* const slider = QAccessible::queryAccessibleInterface(&this->slider());
     EXPECT_EQ(slider->role(), QAccessible::Slider);
     EXPECT_EQ(slider->text(QAccessible::Name), "Background opacity");
     ASSERT_NE(slider->valueInterface(), nullptr);

@@ -4,9 +4,8 @@
 #include "Quillmere/Palette.h"
 #include "Quillmere/Settings/AppSettings.h"
 #include "Quillmere/Settings/GroupView.h"
-#include "Quillmere/Settings/LayoutsTab.h"
-#include "Quillmere/Settings/SettingsView.h"
 #include "Quillmere/Settings/SettingsWindow.h"
+#include "Tests/App/WindowContent.h"
 #include "Tests/Support/FakeInputSourceService.h"
 #include "Tests/Support/FakeLoginItem.h"
 #include "Tests/Support/FakeWorkspace.h"
@@ -48,16 +47,29 @@ protected:
         model = std::make_unique<ConfigModel>(defaults, InputSources(service));
         settings = std::make_unique<AppSettings>(updateStore, updatesEnabled, loginItem, workspace);
         window = std::make_unique<SettingsWindow>(*model, *settings, InputSources(service), workspace, glassAvailable);
-        window->onClose = [this] { ++closings; };
+        window->windowWillClose = [this] { ++closings; };
         window->open();
         window->window()->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window->window(), 10000));
         writesBefore = defaults.writes("config");
     }
 
-    SettingsView& view() const { return *window->view(); }
-    LayoutsTab& tab() const { return view().layoutsTab(); }
-    GroupView& card(std::size_t index) const { return *tab().cards().at(index); }
+    QWidget& view() const { return *window->window(); }
+    QAbstractButton& button(const QString& name) const { return quillmere::button(view(), name); }
+    /// The groups' cards, from top to bottom.
+    std::vector<GroupView*> cards() const {
+        settle();
+        return shown<GroupView>(view());
+    }
+    GroupView& card(std::size_t index) const { return *cards().at(index); }
+    QAbstractButton& deleteButton(std::size_t index) const {
+        return quillmere::button(card(index), QStringLiteral("Delete group %1").arg(index + 1));
+    }
+    QAbstractButton& addButton(std::size_t index) const {
+        return quillmere::button(card(index), QStringLiteral("Add source to group %1").arg(index + 1));
+    }
+    /// The chip in the card's upper left corner.
+    QAbstractButton& recorder(std::size_t index) const { return *shown<QAbstractButton>(card(index)).front(); }
     const std::vector<CycleGroup>& groups() const { return model->config().groups; }
     /// How often the configuration was stored since `open`.
     int writes() const { return defaults.writes("config") - writesBefore; }
@@ -73,7 +85,13 @@ protected:
     void tapPress(std::int64_t keyCode, Modifiers modifiers = {}) const {
         if (const ShortcutHandler recorder = model->recorder()) recorder(keyCode, modifiers);
     }
-    void press(Qt::Key key) const { QTest::keyClick(view().focusWidget() ? view().focusWidget() : &view(), key); }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const {
+        QTest::keyClick(view().focusWidget() ? view().focusWidget() : &view(), key, modifiers);
+    }
+    void showTab(SettingsTab tab) const {
+        settings->setTab(tab);
+        settle();
+    }
 
     MemoryDefaults defaults;
     FakeInputSourceService service;

@@ -1,11 +1,4 @@
-#include "Quillmere/Controls/CardStyle.h"
 #include "Quillmere/Controls/ChipButtonStyle.h"
-#include "Quillmere/Controls/PaletteLabel.h"
-#include "Quillmere/Controls/SwitchControl.h"
-#include "Quillmere/Settings/GeneralTab.h"
-#include "Quillmere/Settings/PlateSection.h"
-#include "Quillmere/Settings/ShortcutChip.h"
-#include "Quillmere/Settings/ShortcutRecorder.h"
 #include "Tests/App/SettingsFixture.h"
 
 #include <QImage>
@@ -15,12 +8,25 @@ namespace {
 
 class SettingsViewTest : public SettingsTest {
 protected:
-    GeneralTab& general() const { return view().generalTab(); }
     void openGeneral() {
         open({});
-        click(view().generalChip());
-        settle();
+        click(button("General"));
     }
+    bool showsLayouts() const { return button("Layouts").isVisible() && isShown("Add group"); }
+    bool showsGeneral() const { return isShown("Launch at login"); }
+    bool isShown(const QString& name) const {
+        return std::ranges::any_of(shown<QAbstractButton>(view()),
+                                   [&](const QAbstractButton* button) { return button->accessibleName() == name; });
+    }
+    /// Whether the chip is outlined in the accent colour.
+    bool isSelected(const QString& chip) const {
+        const QImage image = button(chip).grab().toImage();
+        return isSame(image.pixelColor(image.width() / 2, 0), Palette::accent().resolved(Palette::isDark()));
+    }
+    /// Where it lies in the window.
+    QRect frame(const QWidget& widget) const { return {widget.mapTo(&view(), QPoint()), widget.size()}; }
+    QRect cardAround(const QWidget& content) const { return frame(*content.parentWidget()); }
+    static int gap(const QRect& upper, const QRect& lower) { return lower.top() - upper.bottom() - 1; }
 };
 
 TEST_F(SettingsViewTest, NothingIsMadeBeforeTheFirstOpening) {
@@ -42,7 +48,7 @@ TEST_F(SettingsViewTest, TheWindowIsTitledResizableClosableAndCannotBeMinimised)
 TEST_F(SettingsViewTest, ItOpensOnLayoutsEachTimeInTheSameWindow) {
     open({});
     QWidget* const first = window->window();
-    click(view().generalChip());
+    click(button("General"));
     EXPECT_EQ(settings->tab(), SettingsTab::general);
     window->window()->close();
     EXPECT_FALSE(first->isVisible());
@@ -50,15 +56,15 @@ TEST_F(SettingsViewTest, ItOpensOnLayoutsEachTimeInTheSameWindow) {
     EXPECT_EQ(window->window(), first);
     EXPECT_TRUE(first->isVisible());
     EXPECT_EQ(settings->tab(), SettingsTab::layouts);
-    EXPECT_TRUE(tab().isVisible());
+    EXPECT_TRUE(showsLayouts());
     EXPECT_EQ(workspace.broughtToFront, std::vector<QWidget*>({first, first}));
 }
 
 TEST_F(SettingsViewTest, OpeningAgainWhileOpenGoesBackToLayouts) {
     openGeneral();
     window->open();
-    EXPECT_TRUE(tab().isVisible());
-    EXPECT_TRUE(view().layoutsChip().isSelected());
+    EXPECT_TRUE(showsLayouts());
+    EXPECT_TRUE(isSelected("Layouts"));
 }
 
 TEST_F(SettingsViewTest, OpeningReadsTheSourcesAndTheLoginItemAfresh) {
@@ -68,7 +74,8 @@ TEST_F(SettingsViewTest, OpeningReadsTheSourcesAndTheLoginItemAfresh) {
     window->open();
     EXPECT_EQ(model->available(), std::vector<SourceInfo>({{"z", "Omega", ""}}));
     EXPECT_TRUE(settings->launchAtLogin());
-    EXPECT_TRUE(general().loginSwitch().isChecked());
+    showTab(SettingsTab::general);
+    EXPECT_TRUE(button("Launch at login").isChecked());
     EXPECT_EQ(writes(), 0);
 }
 
@@ -83,50 +90,48 @@ TEST_F(SettingsViewTest, ClosingTellsTheOwnerEachTime) {
 
 TEST_F(SettingsViewTest, TheChipsShowAndChooseTheTab) {
     open({});
-    EXPECT_EQ(view().layoutsChip().title(), "Layouts");
-    EXPECT_EQ(view().generalChip().title(), "General");
-    EXPECT_TRUE(view().layoutsChip().isSelected());
-    click(view().generalChip());
-    EXPECT_FALSE(view().layoutsChip().isSelected());
-    EXPECT_TRUE(view().generalChip().isSelected());
-    EXPECT_TRUE(general().isVisible());
-    EXPECT_FALSE(tab().isVisible());
-    click(view().layoutsChip());
-    EXPECT_TRUE(tab().isVisible());
+    EXPECT_TRUE(isSelected("Layouts"));
+    click(button("General"));
+    EXPECT_FALSE(isSelected("Layouts"));
+    EXPECT_TRUE(isSelected("General"));
+    EXPECT_TRUE(showsGeneral());
+    EXPECT_FALSE(showsLayouts());
+    click(button("Layouts"));
+    EXPECT_TRUE(showsLayouts());
 }
 
 TEST_F(SettingsViewTest, WithoutALoginServiceTheToggleIsDisabledOffAndExplained) {
     loginItem.available = false;
     loginItem.enabled = true;
     openGeneral();
-    EXPECT_FALSE(general().loginSwitch().isEnabled());
-    EXPECT_FALSE(general().loginSwitch().isChecked());
-    ASSERT_NE(general().loginNote(), nullptr);
-    EXPECT_EQ(general().loginNote()->text(), "Needs macOS 13 or later");
-    EXPECT_TRUE(general().loginNote()->isVisible());
-    EXPECT_GT(general().loginNote()->y(), general().loginSwitch().y());
+    EXPECT_FALSE(button("Launch at login").isEnabled());
+    EXPECT_FALSE(button("Launch at login").isChecked());
+    QLabel& note = label(view(), "Needs macOS 13 or later");
+    EXPECT_EQ(gap(frame(button("Launch at login")), frame(note)), 6);
+    EXPECT_EQ(note.font().pixelSize(), 11);
+    EXPECT_TRUE(isSame(ink(note), Palette::muted().light));
 }
 
 TEST_F(SettingsViewTest, WithALoginServiceThereIsNoNote) {
     openGeneral();
-    EXPECT_EQ(general().loginSwitch().title(), "Launch at login");
-    EXPECT_TRUE(general().loginSwitch().isEnabled());
-    EXPECT_EQ(general().loginNote(), nullptr);
+    EXPECT_EQ(button("Launch at login").text(), "Launch at login");
+    EXPECT_TRUE(button("Launch at login").isEnabled());
+    EXPECT_FALSE(texts(view()).contains("Needs macOS 13 or later"));
 }
 
 TEST_F(SettingsViewTest, ARefusedLoginItemSnapsTheToggleBackWithABeep) {
     loginItem.refuses = true;
     openGeneral();
-    click(general().loginSwitch());
+    click(button("Launch at login"));
     EXPECT_EQ(loginItem.requested, std::vector<bool>({true}));
     EXPECT_EQ(workspace.beeps, 1);
-    EXPECT_FALSE(general().loginSwitch().isChecked());
+    EXPECT_FALSE(button("Launch at login").isChecked());
 }
 
 TEST_F(SettingsViewTest, AnAcceptedLoginItemStaysOn) {
     openGeneral();
-    click(general().loginSwitch());
-    EXPECT_TRUE(general().loginSwitch().isChecked());
+    click(button("Launch at login"));
+    EXPECT_TRUE(button("Launch at login").isChecked());
     EXPECT_TRUE(loginItem.enabled);
     EXPECT_EQ(workspace.beeps, 0);
 }
@@ -134,59 +139,72 @@ TEST_F(SettingsViewTest, AnAcceptedLoginItemStaysOn) {
 TEST_F(SettingsViewTest, WithoutAFeedThePlateSectionFollowsTheLoginCard) {
     updatesEnabled = false;
     openGeneral();
-    EXPECT_EQ(general().updatesCard(), nullptr);
-    const QWidget* const loginCard = general().loginSwitch().parentWidget();
-    EXPECT_EQ(general().plateSection().y(), loginCard->geometry().bottom() + 1 + 12);
+    EXPECT_FALSE(texts(view()).contains("Updates"));
+    EXPECT_FALSE(isShown("Check for Updates…"));
+    EXPECT_EQ(gap(cardAround(button("Launch at login")), cardAround(label(view(), "Switcher plate"))), 12);
 }
 
 TEST_F(SettingsViewTest, WithAFeedTheUpdatesCardLiesBetweenThem) {
     openGeneral();
-    ASSERT_NE(general().updatesCard(), nullptr);
-    EXPECT_EQ(general().checkButton()->title(), "Check for Updates…");
-    EXPECT_EQ(general().updatesSwitch()->title(), "Check for updates automatically");
-    EXPECT_GT(general().updatesCard()->y(), general().loginSwitch().parentWidget()->y());
-    EXPECT_LT(general().updatesCard()->y(), general().plateSection().y());
+    const QRect title = frame(label(view(), "Updates"));
+    const QRect automatic = frame(button("Check for updates automatically"));
+    const QRect check = frame(button("Check for Updates…"));
+    EXPECT_EQ(label(view(), "Updates").font().weight(), QFont::DemiBold);
+    EXPECT_EQ(gap(title, automatic), 10);
+    EXPECT_EQ(gap(automatic, check), 10);
+    EXPECT_EQ(check.left(), title.left());
+    const QRect updates = cardAround(label(view(), "Updates"));
+    EXPECT_EQ(gap(cardAround(button("Launch at login")), updates), 12);
+    EXPECT_EQ(gap(updates, cardAround(label(view(), "Switcher plate"))), 12);
+}
+
+TEST_F(SettingsViewTest, TheCardsOfTheGeneralTabHugTheirContentInTheMiddle) {
+    openGeneral();
+    const QRect login = cardAround(button("Launch at login"));
+    EXPECT_EQ(login.size(), button("Launch at login").size() + QSize(28, 28));
+    EXPECT_LE(std::abs(login.center().x() - view().width() / 2), 1);
+    const QRect updates = cardAround(label(view(), "Updates"));
+    EXPECT_EQ(updates.width(), button("Check for updates automatically").width() + 28);
+    EXPECT_LE(std::abs(updates.center().x() - view().width() / 2), 1);
 }
 
 TEST_F(SettingsViewTest, AutomaticUpdatesAreStoredAtOnce) {
     openGeneral();
-    EXPECT_TRUE(general().updatesSwitch()->isChecked());
-    click(*general().updatesSwitch());
+    EXPECT_TRUE(button("Check for updates automatically").isChecked());
+    click(button("Check for updates automatically"));
     EXPECT_FALSE(updateStore.automatic());
-    EXPECT_FALSE(general().updatesSwitch()->isChecked());
+    EXPECT_FALSE(button("Check for updates automatically").isChecked());
     EXPECT_EQ(writes(), 0);
 }
 
 TEST_F(SettingsViewTest, TheCheckButtonRunsTheCheck) {
     openGeneral();
     int checks = 0;
-    click(*general().checkButton());
+    click(button("Check for Updates…"));
     settings->checkForUpdates = [&] { ++checks; };
-    click(*general().checkButton());
+    click(button("Check for Updates…"));
     EXPECT_EQ(checks, 1);
 }
 
 TEST_F(SettingsViewTest, TheContentKeepsItsDistances) {
     open({group({"a"})});
     settle();
-    EXPECT_EQ(view().layoutsChip().pos(), QPoint(20, 20));
-    EXPECT_EQ(view().generalChip().x(), view().layoutsChip().geometry().right() + 1 + 8);
-    EXPECT_EQ(tab().mapTo(&view(), QPoint()).y(), view().layoutsChip().geometry().bottom() + 1 + 16);
-    EXPECT_EQ(view().width() - tab().geometry().right() - 1, 20);
-    EXPECT_EQ(view().height() - tab().geometry().bottom() - 1, 20);
-    EXPECT_EQ(card(0).recorder().pos(), QPoint(14, 14));
+    EXPECT_EQ(button("Layouts").pos(), QPoint(20, 20));
+    EXPECT_EQ(button("General").x(), button("Layouts").geometry().right() + 1 + 8);
+    EXPECT_EQ(gap(frame(button("Layouts")), frame(button("Active"))), 16);
+    EXPECT_EQ(view().width() - frame(card(0)).right() - 1, 20);
+    EXPECT_EQ(view().height() - frame(button("Add group")).bottom() - 1, 20);
+    EXPECT_EQ(recorder(0).mapTo(&card(0), QPoint()), QPoint(14, 14));
 }
 
 TEST_F(SettingsViewTest, EverythingOfTheSmallestWindowFitsWithoutScrollingSideways) {
     open({group({"a", "b"}, controlOptionK)});
-    for (const SettingsTab shown : {SettingsTab::layouts, SettingsTab::general}) {
-        settings->setTab(shown);
-        settle();
+    for (const SettingsTab tab : {SettingsTab::layouts, SettingsTab::general}) {
+        showTab(tab);
         EXPECT_EQ(window->window()->size(), QSize(460, 520));
-        for (QWidget* const widget : view().findChildren<QWidget*>()) {
-            if (!widget->isVisible() || !dynamic_cast<ChipButton*>(widget)) continue;
-            EXPECT_GE(widget->width(), widget->sizeHint().width());
-            EXPECT_LE(widget->mapTo(&view(), widget->rect().bottomRight()).x(), 440);
+        for (const ChipButton* const chip : shown<ChipButton>(view())) {
+            EXPECT_GE(chip->width(), chip->sizeHint().width());
+            EXPECT_LE(frame(*chip).right(), 440);
         }
     }
 }
@@ -218,9 +236,9 @@ TEST_F(SettingsViewTest, TabWalksThroughTheGeneralTabInReadingOrder) {
 
 TEST_F(SettingsViewTest, AtTheOpeningNoControlHasTheFocusYet) {
     open({group({"a"})});
-    EXPECT_EQ(window->window()->focusWidget(), window->view());
+    EXPECT_EQ(window->window()->focusWidget(), view().focusProxy());
     press(Qt::Key_Tab);
-    EXPECT_EQ(view().focusWidget(), &view().layoutsChip());
+    EXPECT_EQ(view().focusWidget(), &button("Layouts"));
 }
 
 }  // namespace

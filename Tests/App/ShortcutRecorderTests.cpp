@@ -1,8 +1,4 @@
-#include "Quillmere/Controls/ChipButtonStyle.h"
-#include "Quillmere/Controls/IconButton.h"
 #include "Quillmere/Controls/MessageLabel.h"
-#include "Quillmere/Settings/ShortcutChip.h"
-#include "Quillmere/Settings/ShortcutRecorder.h"
 #include "Tests/App/SettingsFixture.h"
 
 #include <QAccessible>
@@ -17,13 +13,12 @@ constexpr Modifiers controlOption = Modifiers::control | Modifiers::option;
 
 class ShortcutRecorderTest : public SettingsTest {
 protected:
-    ShortcutRecorder& recorder(std::size_t index) const { return card(index).recorder(); }
-    QString title(std::size_t index) const { return recorder(index).button().title(); }
+    QString title(std::size_t index) const { return recorder(index).text(); }
     QString message(std::size_t index) const {
-        const MessageLabel& label = recorder(index).message();
-        return label.isVisible() ? label.text() : QString();
+        const auto messages = shown<MessageLabel>(card(index));
+        return messages.empty() ? QString() : messages.front()->text();
     }
-    void startRecording(std::size_t index) const { click(recorder(index).button()); }
+    void startRecording(std::size_t index) const { click(recorder(index)); }
 };
 
 TEST_F(ShortcutRecorderTest, TheTitleIsTheShortcutOrAsksForOne) {
@@ -45,7 +40,7 @@ TEST_F(ShortcutRecorderTest, APressOfTheButtonStartsRecordingAndWritesNothing) {
 TEST_F(ShortcutRecorderTest, AnotherPressOfTheButtonStopsAndKeepsTheShortcut) {
     open({group({}, controlOptionK)});
     startRecording(0);
-    click(recorder(0).button());
+    click(recorder(0));
     EXPECT_EQ(title(0), "⌃⌥K");
     EXPECT_FALSE(model->recorder());
     EXPECT_EQ(writes(), 0);
@@ -171,7 +166,7 @@ TEST_F(ShortcutRecorderTest, AnotherRejectionReplacesTheMessage) {
 TEST_F(ShortcutRecorderTest, ChangingTheTabEndsTheRecording) {
     open({group({})});
     startRecording(0);
-    click(view().generalChip());
+    click(button("General"));
     EXPECT_FALSE(model->recorder());
     EXPECT_EQ(model->recordingGroup(), std::nullopt);
 }
@@ -185,6 +180,30 @@ TEST_F(ShortcutRecorderTest, ClosingTheWindowEndsTheRecording) {
     EXPECT_EQ(title(0), "Set shortcut");
 }
 
+TEST_F(ShortcutRecorderTest, AMessageStaysOverClosingAndReopeningUntilTheNextStart) {
+    open({group({})});
+    startRecording(0);
+    tapPress(keyA);
+    window->window()->close();
+    window->open();
+    EXPECT_EQ(message(0), "Add ⌘, ⌥ or ⌃, or press Fn alone");
+    startRecording(0);
+    EXPECT_EQ(message(0), "");
+}
+
+TEST_F(ShortcutRecorderTest, AMessageIsSmallRedAndUnderTheButton) {
+    open({group({})});
+    startRecording(0);
+    tapPress(keyA);
+    settle();
+    MessageLabel& label = *shown<MessageLabel>(card(0)).front();
+    EXPECT_EQ(label.font().pixelSize(), 11);
+    EXPECT_GT(label.y(), recorder(0).geometry().bottom());
+    EXPECT_TRUE(isSame(ink(label), QColor(200, 30, 20)));
+    Palette::setDark(true);
+    EXPECT_TRUE(isSame(ink(label), QColor(255, 105, 97)));
+}
+
 TEST_F(ShortcutRecorderTest, DestroyingTheWindowEndsTheRecording) {
     open({group({})});
     startRecording(0);
@@ -195,7 +214,7 @@ TEST_F(ShortcutRecorderTest, DestroyingTheWindowEndsTheRecording) {
 TEST_F(ShortcutRecorderTest, AnotherRecordersDisappearingLeavesTheRecordingAlone) {
     open({group({}), group({})});
     startRecording(0);
-    click(card(1).deleteButton());
+    click(deleteButton(1));
     EXPECT_TRUE(model->recorder());
     EXPECT_EQ(title(0), "Press shortcut…");
 }
@@ -203,7 +222,7 @@ TEST_F(ShortcutRecorderTest, AnotherRecordersDisappearingLeavesTheRecordingAlone
 TEST_F(ShortcutRecorderTest, SpaceAndReturnPressTheButtonOnTheirRelease) {
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
         open({group({})});
-        ShortcutChip& button = recorder(0).button();
+        QAbstractButton& button = recorder(0);
         button.setFocus(Qt::TabFocusReason);
         QTest::keyPress(&button, key);
         EXPECT_FALSE(model->recorder());
@@ -214,19 +233,20 @@ TEST_F(ShortcutRecorderTest, SpaceAndReturnPressTheButtonOnTheirRelease) {
 
 TEST_F(ShortcutRecorderTest, TheButtonSaysWhichGroupsShortcutItIs) {
     open({group({}), group({}, controlOptionK)});
-    EXPECT_EQ(recorder(0).button().accessibleName(), "Shortcut of group 1: Set shortcut");
-    EXPECT_EQ(recorder(1).button().accessibleName(), "Shortcut of group 2: ⌃⌥K");
+    EXPECT_EQ(recorder(0).accessibleName(), "Shortcut of group 1: Set shortcut");
+    EXPECT_EQ(recorder(1).accessibleName(), "Shortcut of group 2: ⌃⌥K");
     startRecording(1);
-    EXPECT_EQ(recorder(1).button().accessibleName(), "Shortcut of group 2: Press shortcut…");
-    click(card(0).deleteButton());
-    EXPECT_EQ(recorder(0).button().accessibleName(), "Shortcut of group 1: Press shortcut…");
+    EXPECT_EQ(recorder(1).accessibleName(), "Shortcut of group 2: Press shortcut…");
+    click(deleteButton(0));
+    EXPECT_EQ(recorder(0).accessibleName(), "Shortcut of group 1: Press shortcut…");
 }
 
 TEST_F(ShortcutRecorderTest, ARejectionIsAnAlertToAssistivePrograms) {
     open({group({})});
     startRecording(0);
     tapPress(keyA);
-    const QAccessibleInterface* const message = QAccessible::queryAccessibleInterface(&recorder(0).message());
+    const QAccessibleInterface* const message =
+        QAccessible::queryAccessibleInterface(shown<MessageLabel>(card(0)).front());
     EXPECT_EQ(message->role(), QAccessible::AlertMessage);
     EXPECT_EQ(message->text(QAccessible::Name), "Add ⌘, ⌥ or ⌃, or press Fn alone");
     EXPECT_FALSE(message->state().invisible);

@@ -211,7 +211,9 @@ public:
             fs::permissions(entry.path(), fs::perms(0444));
         fs::permissions(folder_, fs::perms(0555));
         // The superuser may write all the same.
-        if (user_ == 0) EXPECT_EQ(seteuid(nobody), 0);
+        if (user_ == 0) {
+            EXPECT_EQ(seteuid(nobody), 0);
+        }
     }
     ~ReadOnlyFolder() {
         EXPECT_EQ(seteuid(user_), 0);

@@ -11,6 +11,7 @@
 #include <QAction>
 #include <QImage>
 #include <QSystemTrayIcon>
+#include <QTest>
 
 #include <algorithm>
 #include <memory>
@@ -36,6 +37,8 @@ protected:
         config.active = active;
         model.setConfig(config);
     }
+
+    static QAction& activeItem(StatusItem& item) { return *item.menu().actions().front(); }
 
     /// The strongest pixel of the icon.
     static QColor ink(const StatusItem& item) {
@@ -70,7 +73,6 @@ TEST_F(StatusItemTest, TheMenuHasItsFourEntriesInOrder) {
     EXPECT_TRUE(actions[2]->isSeparator());
     EXPECT_EQ(actions[3]->text(), "Quit Quillmere");
     EXPECT_EQ(actions[3]->shortcut(), QKeySequence("Ctrl+Q"));
-    EXPECT_EQ(&item->activeItem(), actions[0]);
 }
 
 TEST_F(StatusItemTest, EachEntryDoesItsWork) {
@@ -81,13 +83,24 @@ TEST_F(StatusItemTest, EachEntryDoesItsWork) {
     EXPECT_EQ(done, (std::vector<std::string>{"settings", "quit"}));
 }
 
+TEST_F(StatusItemTest, TheKeyEquivalentsActInTheOpenMenuAndCloseIt) {
+    const auto item = makeItem();
+    for (const Qt::Key key : {Qt::Key_Comma, Qt::Key_Q}) {
+        item->menu().popup(QPoint());
+        ASSERT_TRUE(item->menu().isVisible());
+        QTest::keyClick(&item->menu(), key, Qt::ControlModifier);
+        EXPECT_FALSE(item->menu().isVisible());
+    }
+    EXPECT_EQ(done, (std::vector<std::string>{"settings", "quit"}));
+}
+
 TEST_F(StatusItemTest, TogglingTwiceComesBackAndStoresBothTimes) {
     const auto item = makeItem();
     const Config before = model.config();
-    item->activeItem().trigger();
+    activeItem(*item).trigger();
     EXPECT_FALSE(model.config().active);
     EXPECT_EQ(defaults.writes("config"), 1);
-    item->activeItem().trigger();
+    activeItem(*item).trigger();
     EXPECT_EQ(model.config(), before);
     EXPECT_EQ(defaults.writes("config"), 2);
 }
@@ -95,14 +108,14 @@ TEST_F(StatusItemTest, TogglingTwiceComesBackAndStoresBothTimes) {
 TEST_F(StatusItemTest, TheCheckMarkIsRefreshedWhenTheMenuOpensAndOnlyThen) {
     const auto item = makeItem();
     emit item->menu().aboutToShow();
-    EXPECT_TRUE(item->activeItem().isChecked());
+    EXPECT_TRUE(activeItem(*item).isChecked());
     setActive(false);
-    EXPECT_TRUE(item->activeItem().isChecked());
+    EXPECT_TRUE(activeItem(*item).isChecked());
     emit item->menu().aboutToShow();
-    EXPECT_FALSE(item->activeItem().isChecked());
+    EXPECT_FALSE(activeItem(*item).isChecked());
     setActive(true);
     emit item->menu().aboutToShow();
-    EXPECT_TRUE(item->activeItem().isChecked());
+    EXPECT_TRUE(activeItem(*item).isChecked());
 }
 
 TEST_F(StatusItemTest, TheIconWaitsForATray) {
@@ -165,7 +178,7 @@ TEST_F(StatusItemTest, ALeftClickOpensTheMenu) {
     QMetaObject::invokeMethod(const_cast<QSystemTrayIcon*>(item->trayIcon()), "activated",
                               Q_ARG(QSystemTrayIcon::ActivationReason, QSystemTrayIcon::Trigger));
     EXPECT_TRUE(item->menu().isVisible());
-    EXPECT_FALSE(item->activeItem().isChecked());
+    EXPECT_FALSE(activeItem(*item).isChecked());
     item->menu().close();
 }
 

@@ -4,7 +4,7 @@
 #include "Quillmere/Controls/ChipButtonStyle.h"
 #include "Quillmere/Controls/PaletteScrollArea.h"
 #include "Quillmere/Palette.h"
-#include "Quillmere/Updates/UpdateView.h"
+#include "Tests/App/WindowContent.h"
 #include "Tests/Support/FakeWorkspace.h"
 #include "Tests/Support/MemoryDefaults.h"
 #include "Tests/Support/Settle.h"
@@ -35,20 +35,9 @@ class UpdateWindowTest : public testing::Test {
 protected:
     ~UpdateWindowTest() override { Palette::setDark(false); }
 
-    QStringList texts() const {
-        QStringList result;
-        for (const QLabel* label : shown.window()->findChildren<QLabel*>())
-            result << label->text();
-        return result;
-    }
-
-    ControlButton& button(const QString& title) const {
-        for (auto* button : shown.window()->findChildren<QAbstractButton*>()) {
-            auto* const control = dynamic_cast<ControlButton*>(button);
-            if (control != nullptr && control->title() == title) return *control;
-        }
-        throw std::runtime_error("no button " + title.toStdString());
-    }
+    QStringList texts() const { return quillmere::texts(*shown.window()); }
+    QAbstractButton& button(const QString& title) const { return quillmere::button(*shown.window(), title); }
+    QLabel& label(const QString& text) const { return quillmere::label(*shown.window(), text); }
 
     void press(const QString& title) {
         QTest::mouseClick(&button(title), Qt::LeftButton);
@@ -56,13 +45,6 @@ protected:
     }
 
     QRect frameOf(const QWidget& widget) const { return {widget.mapTo(shown.window(), QPoint()), widget.size()}; }
-
-    const QLabel& label(const QString& text) const {
-        for (const QLabel* label : shown.window()->findChildren<QLabel*>()) {
-            if (label->text() == text) return *label;
-        }
-        throw std::runtime_error("no text " + text.toStdString());
-    }
 
     MemoryDefaults defaults;
     UpdateStore store{defaults};
@@ -173,8 +155,8 @@ TEST_F(UpdateWindowTest, ANoteThatIsLongerThanALineWraps) {
     shown.show(offer("1.4.0", {"Short",
                                "A note that has a good many more words in it than fit on a single line of the "
                                "window, and so needs two"}));
-    const auto rows = shown.window()->findChildren<QLabel*>();
-    EXPECT_GE(rows.last()->height(), 2 * rows.last()->fontMetrics().height());
+    const auto rows = quillmere::shown<QLabel>(*shown.window());
+    EXPECT_GE(rows.back()->height(), 2 * rows.back()->fontMetrics().height());
     EXPECT_EQ(shown.window()->width(), 420);
 }
 
@@ -194,7 +176,7 @@ TEST_F(UpdateWindowTest, LongNotesScrollWithinTheScreen) {
     EXPECT_GE(shown.window()->y(), screen.y());
     EXPECT_LE(frameOf(button("Download")).bottom(), shown.window()->height());
 
-    QScrollBar& bar = *shown.window()->findChild<PaletteScrollArea*>()->verticalScrollBar();
+    QScrollBar& bar = *quillmere::shown<PaletteScrollArea>(*shown.window()).front()->verticalScrollBar();
     EXPECT_GT(bar.maximum(), 0);
     QTest::keyClick(&button("Download"), Qt::Key_End);
     EXPECT_EQ(bar.value(), bar.maximum());
@@ -208,7 +190,7 @@ TEST_F(UpdateWindowTest, LongNotesScrollWithinTheScreen) {
 
 TEST_F(UpdateWindowTest, AFewNotesDoNotScroll) {
     shown.show(offer("1.4.0", {"One", std::string(200, 'w'), "Three"}));
-    EXPECT_EQ(shown.window()->findChild<PaletteScrollArea*>()->verticalScrollBar()->maximum(), 0);
+    EXPECT_EQ(quillmere::shown<PaletteScrollArea>(*shown.window()).front()->verticalScrollBar()->maximum(), 0);
 }
 
 TEST_F(UpdateWindowTest, AFeedWithoutMeasureIsCutShort) {
@@ -227,9 +209,42 @@ TEST_F(UpdateWindowTest, DownloadOpensTheAddressAsWrittenAndCloses) {
     shown.show(offer());
     press("Download");
     ASSERT_EQ(workspace.opened.size(), 1U);
+    EXPECT_EQ(workspace.beeps, 0);
     EXPECT_EQ(workspace.opened[0].toEncoded(), "https://example.org/downloads/quillmere.deb?a=%20b");
     EXPECT_EQ(shown.window(), nullptr);
     EXPECT_FALSE(store.skipped());
+}
+
+TEST_F(UpdateWindowTest, ADownloadThatNothingOpensBeepsAsTheWindowCloses) {
+    workspace.hasHandler = false;
+    shown.show(offer());
+    press("Download");
+    EXPECT_EQ(workspace.opened.size(), 1U);
+    EXPECT_EQ(workspace.beeps, 1);
+    EXPECT_EQ(shown.window(), nullptr);
+}
+
+TEST_F(UpdateWindowTest, TheNotesAndTheSizeAreMutedAndTheTitleIsNot) {
+    shown.show(offer("1.4.0", {"Note"}, 2'300'000));
+    EXPECT_EQ(label("Quillmere 1.4.0 is available").font().pixelSize(), 15);
+    EXPECT_EQ(label("Quillmere 1.4.0 is available").font().weight(), QFont::DemiBold);
+    EXPECT_EQ(label("Download size: 2.3 MB").font().pixelSize(), 11);
+    for (const bool isDark : {false, true}) {
+        Palette::setDark(isDark);
+        EXPECT_TRUE(isSame(ink(label("Quillmere 1.4.0 is available")), labelColor().resolved(isDark)));
+        for (const char* const text : {"•", "Note", "Download size: 2.3 MB"})
+            EXPECT_TRUE(isSame(ink(label(text)), Palette::muted().resolved(isDark))) << text;
+    }
+}
+
+TEST_F(UpdateWindowTest, TabWalksThroughTheButtonsInReadingOrder) {
+    shown.show(offer("1.4.0", {"Note"}));
+    QWidget& window = *shown.window();
+    EXPECT_EQ(window.focusWidget(), window.focusProxy()) << "no button has the focus yet";
+    for (const char* const title : {"Download", "Later", "Skip this version", "Download"}) {
+        QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(window.focusWidget(), &button(title));
+    }
 }
 
 TEST_F(UpdateWindowTest, SkipStoresTheVersionsTextAndCloses) {

@@ -15,7 +15,7 @@ class FakeWorkspace : public Workspace {
 public:
     bool open(const QUrl& url) override {
         opened.push_back(url);
-        return true;
+        return hasHandler;
     }
     void beep() override { ++beeps; }
     std::vector<std::string> preferredLanguages() const override { return languages; }
@@ -25,6 +25,7 @@ public:
     }
 
     std::vector<QUrl> opened;
+    bool hasHandler = true;  ///< for addresses
     int beeps = 0;
     std::vector<std::string> languages{"en"};
     std::vector<QWidget*> broughtToFront;
