@@ -6,18 +6,20 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <map>
 #include <set>
+#include <utility>
 
 namespace quillmere::tap {
 namespace {
 
-constexpr std::array<std::uint16_t, 14> codes = {
-    KEY_A,        KEY_K,       KEY_SPACE, KEY_BACKSPACE, KEY_ESC,      KEY_ENTER,    KEY_LEFTCTRL,
-    KEY_LEFTMETA, KEY_LEFTALT, KEY_FN,    KEY_WAKEUP,    KEY_VOLUMEUP, KEY_CAPSLOCK, BTN_LEFT,
+constexpr std::array<std::uint16_t, 15> codes = {
+    KEY_A,       KEY_K,  KEY_SPACE,  KEY_BACKSPACE, KEY_ESC,      KEY_ENTER, KEY_LEFTCTRL, KEY_LEFTMETA,
+    KEY_LEFTALT, KEY_FN, KEY_WAKEUP, KEY_VOLUMEUP,  KEY_CAPSLOCK, KEY_POWER, BTN_LEFT,
 };
-constexpr std::array<Time, 4> pauses = {Time(1), std::chrono::milliseconds(10), TapEngine::verdictDeadline,
-                                        TapEngine::ungrabDeadline};
+constexpr std::array<Time, 5> pauses = {Time(1), std::chrono::milliseconds(10), TapEngine::verdictDeadline,
+                                        DeviceGrabs::freedTime, DeviceGrabs::ungrabDeadline};
 constexpr DeviceId deviceCount = 3;
 
 /// An owner that knows what it may be told.
@@ -25,6 +27,7 @@ class WaryOwner : public FakeOwner {
 public:
     const Interest* interest = nullptr;
     std::uint16_t lastQuestionCode = 0;
+    bool isFreed = false;
 
     bool tell(const KeyEvent& event) override {
         if (!FakeOwner::tell(event)) return false;
@@ -53,6 +56,7 @@ public:
 
     void tellDisabled(DisabledReason reason) override {
         FakeOwner::tellDisabled(reason);
+        isFreed = isFreed || reason == DisabledReason::userInput;
         told_.clear();
     }
 
@@ -65,6 +69,7 @@ public:
 
 private:
     void checkInterest(const KeyEvent& event) const {
+        require(roleOf(event.code) == KeyRole::key, "no program gets a power key or a mouse's button");
         const TapShortcut pressed{event.code, static_cast<std::uint8_t>(event.flags & Flags::modifiers)};
         require(interest->everyKey || std::ranges::find(interest->shortcuts, pressed) != interest->shortcuts.end(),
                 "a key of no interest is told to nobody");
@@ -179,11 +184,27 @@ private:
 
     void wait() {
         keyboards_.now += data_.PickValueInArray(pauses);
+        rest();
+    }
+
+    bool isDue() const {
         const auto deadline = engine_.deadline();
-        if (deadline && *deadline <= now()) {
+        return deadline && *deadline <= now();
+    }
+
+    std::ptrdiff_t grabs() const {
+        return std::ranges::count_if(keyboards_.keyboards, [](const auto& entry) { return entry.second.isGrabbed; });
+    }
+
+    void rest() {
+        // For each device: a clone, a grab, its end, its closing.
+        constexpr int mostSteps = 4 * deviceCount + 2;
+        for (int steps = 0; isDue(); ++steps) {
+            require(steps < mostSteps, "a deadline that has passed has had its effect");
+            const auto before = grabs();
+            const bool waited = engine_.awaits(engine_.lastSequence());
             engine_.tick(now());
-            require(!engine_.deadline() || *engine_.deadline() > now(),
-                    "a deadline that has passed has had its effect");
+            require(waited || std::abs(grabs() - before) <= 1, "a step takes or gives back one device at the most");
         }
     }
 
@@ -221,7 +242,13 @@ private:
         }
     }
 
+    void checkFreedom() {
+        if (std::exchange(owner_.isFreed, false)) freedUntil_ = now() + DeviceGrabs::freedTime;
+        require(now() >= freedUntil_ || grabs() == 0, "what the user has freed is not taken again");
+    }
+
     void check() {
+        checkFreedom();
         require(keyboards_.faults.empty(), keyboards_.faults.empty() ? "" : keyboards_.faults.front().c_str());
         std::erase_if(keyboards_.keyboards, [this](const auto& entry) {
             if (entry.second.isForgotten) gone_.erase(entry.first);
@@ -247,12 +274,14 @@ private:
     void settle() {
         engine_.detach(now());
         deliver();
+        rest();
         for (auto& [id, keyboard] : keyboards_.keyboards) {
             for (const std::uint16_t code : codes) {
                 if (keyboard.down.test(code)) keyboards_.move(id, code, 0);
             }
         }
         deliver();
+        rest();
         check();
         require(!engine_.isGrabbing(), "without an owner nothing is grabbed");
         require(!engine_.deadline(), "without an owner nothing is awaited");
@@ -269,6 +298,7 @@ private:
     TapEngine engine_{keyboards_};
     Interest interest_;
     std::set<DeviceId> gone_;
+    Time freedUntil_{};
     /// How many presses of each key may be missing on the clones.
     std::map<std::uint16_t, int> allowed_;
 };

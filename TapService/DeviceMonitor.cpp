@@ -3,6 +3,7 @@
 #include "TapService/KeyboardClone.h"
 #include "TapService/Log.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace quillmere::tap {
@@ -38,6 +39,18 @@ bool isClone(sd_device* input) {
 bool isOnSeat(sd_device* device) {
     const std::string_view seat = property(device, "ID_SEAT");
     return seat.empty() || seat == "seat0";
+}
+
+/// Whether it is there for something else than typing, whatever keys it has.
+bool isPointingOrPlaying(sd_device* device) {
+    constexpr const char* kinds[] = {"ID_INPUT_TOUCHPAD", "ID_INPUT_TOUCHSCREEN",   "ID_INPUT_TABLET",
+                                     "ID_INPUT_JOYSTICK", "ID_INPUT_ACCELEROMETER", "ID_INPUT_TABLET_PAD"};
+    return std::ranges::any_of(kinds, [device](const char* kind) { return property(device, kind) == "1"; });
+}
+
+/// udev's word for "has keys"; one with letters is ID_INPUT_KEYBOARD too.
+bool isKeyboard(sd_device* device) {
+    return property(device, "ID_INPUT_KEY") == "1" && !isPointingOrPlaying(device) && isOnSeat(device);
 }
 
 }  // namespace
@@ -94,11 +107,14 @@ void DeviceMonitor::found(sd_device* device) {
         handlers_.onClone(std::string(pathOf(input)));
         return;
     }
-    // udev's word for "has keys"; one with letters is ID_INPUT_KEYBOARD too.
     const char* node = nullptr;
-    if (property(device, "ID_INPUT_KEY") != "1" || !isOnSeat(device)) return;
-    if (sd_device_get_devname(device, &node) < 0) return;
-    handlers_.onFound(std::string(pathOf(device)), node);
+    const std::string path(pathOf(device));
+    if (isKeyboard(device) && sd_device_get_devname(device, &node) >= 0) {
+        handlers_.onFound(path, node);
+    } else {
+        // It may have been one, or this seat's, until now.
+        handlers_.onRemoved(path);
+    }
 }
 
 }  // namespace quillmere::tap

@@ -13,6 +13,7 @@ enum class KeyRole {
     key,       ///< may be (part of) a shortcut
     modifier,  ///< changes the flags, or only the characters; always passes
     fn,        ///< always passes
+    power,     ///< turns the computer off or sends it to sleep; always passes, never told by name
     button,    ///< of a pointer or a game pad; always passes, never told
 };
 
@@ -34,6 +35,12 @@ constexpr KeyRole roleOf(std::uint16_t code) {
         // What many laptops send for their Fn key.
         case KEY_WAKEUP:
             return KeyRole::fn;
+        case KEY_POWER:
+        case KEY_POWER2:
+        case KEY_SLEEP:
+        case KEY_SUSPEND:
+        case KEY_RESTART:
+            return KeyRole::power;
         default:
             break;
     }

@@ -1,9 +1,9 @@
 #include "TapService/Keyboard.h"
 
 #include "TapService/Clock.h"
+#include "TapService/DeviceNode.h"
 #include "TapService/Log.h"
 
-#include <fcntl.h>
 #include <libevdev/libevdev.h>
 #include <linux/input.h>
 #include <sys/epoll.h>
@@ -17,10 +17,6 @@
 namespace quillmere::tap {
 
 namespace {
-
-FileDescriptor openNode(const std::string& node) {
-    return FileDescriptor(::open(node.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
-}
 
 KeySet keysDown(const libevdev* device) {
     KeySet down;
@@ -39,15 +35,15 @@ void Keyboard::FreeDevice::operator()(libevdev* device) const {
     libevdev_free(device);
 }
 
-Keyboard::Keyboard(sd_event* loop, std::string node, Handlers handlers)
-    : loop_(loop), node_(std::move(node)), handlers_(std::move(handlers)) {}
+Keyboard::Keyboard(sd_event* loop, std::string node, std::string path, Handlers handlers)
+    : loop_(loop), node_(std::move(node)), path_(std::move(path)), handlers_(std::move(handlers)) {}
 
 Keyboard::~Keyboard() {
     close();
 }
 
-std::optional<KeySet> Keyboard::keysOf(const std::string& node) {
-    const FileDescriptor file = openNode(node);
+std::optional<KeySet> Keyboard::keysOf(const std::string& node, const std::string& path) {
+    const FileDescriptor file = openDeviceNode(node, path);
     libevdev* opened = nullptr;
     if (!file || libevdev_new_from_fd(file.get(), &opened) < 0) return std::nullopt;
     const Device device(opened);
@@ -58,7 +54,7 @@ std::optional<KeySet> Keyboard::keysOf(const std::string& node) {
 }
 
 std::optional<KeySet> Keyboard::open() {
-    file_ = openNode(node_);
+    file_ = openDeviceNode(node_, path_);
     libevdev* opened = nullptr;
     int status = file_ ? libevdev_new_from_fd(file_.get(), &opened) : -errno;
     device_.reset(opened);
@@ -156,6 +152,13 @@ std::optional<Time> Keyboard::ungrab(bool force) {
     libevdev_grab(device_.get(), LIBEVDEV_UNGRAB);
     isGrabbed_ = false;
     return until;
+}
+
+Lights Keyboard::lights() const {
+    Lights lights;
+    for (unsigned int code = 0; code < LED_CNT; ++code)
+        lights.set(code, libevdev_get_event_value(device_.get(), EV_LED, code) != 0);
+    return lights;
 }
 
 void Keyboard::set(std::uint16_t type, std::uint16_t code, std::int32_t value) {

@@ -2,6 +2,7 @@
 
 #include "TapService/Handles.h"
 #include "TapService/KeySet.h"
+#include "TapService/LockCarrier.h"
 #include "TapService/TapPorts.h"
 
 #include <functional>
@@ -22,14 +23,15 @@ public:
         std::function<void()> onGone;
     };
 
-    /// `node` as "/dev/input/event3". Opens nothing yet.
-    Keyboard(sd_event* loop, std::string node, Handlers handlers);
+    /// `node` as "/dev/input/event3", `path` its place in sysfs. Opens nothing
+    /// yet.
+    Keyboard(sd_event* loop, std::string node, std::string path, Handlers handlers);
     ~Keyboard();
     Keyboard(const Keyboard&) = delete;
     Keyboard& operator=(const Keyboard&) = delete;
 
     /// What the device can send; no value when it cannot be asked.
-    static std::optional<KeySet> keysOf(const std::string& node);
+    static std::optional<KeySet> keysOf(const std::string& node, const std::string& path);
 
     /// Begins to read; returns the keys that are down, no value on failure.
     std::optional<KeySet> open();
@@ -49,6 +51,9 @@ public:
     /// A light or a sound of the device (EV_LED, EV_SND).
     void set(std::uint16_t type, std::uint16_t code, std::int32_t value);
 
+    /// What is lit on it.
+    Lights lights() const;
+
     /// The description for a clone; null while closed.
     libevdev* description() const { return device_.get(); }
 
@@ -66,6 +71,7 @@ private:
 
     sd_event* loop_;
     std::string node_;
+    std::string path_;
     Handlers handlers_;
     FileDescriptor file_;
     Device device_;

@@ -1,6 +1,7 @@
 #include "TapService/KeyboardClone.h"
 
 #include "TapService/Clock.h"
+#include "TapService/CloneOutput.h"
 #include "TapService/Log.h"
 
 #include <fcntl.h>
@@ -9,10 +10,8 @@
 #include <linux/input.h>
 #include <linux/uinput.h>
 #include <sys/epoll.h>
-#include <sys/inotify.h>
 #include <sys/ioctl.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <utility>
@@ -20,18 +19,6 @@
 namespace quillmere::tap {
 
 namespace {
-
-using namespace std::chrono_literals;
-
-// Nobody tells when a desktop reads a new keyboard. It has opened the node
-// before, perhaps more than once; this long after the last time it is ready,
-// or, on a computer so busy that it took longer to come that far, twice as
-// long as that.
-constexpr Time quietAfterOpening = 200ms;
-// Where nobody opens it (a text console needs no node) ...
-constexpr Time longestOpening = 1500ms;
-// ... or udev does not answer.
-constexpr Time longestAppearing = 5s;
 
 // Only as long as nobody reports a frame; no device has as many axes and keys.
 constexpr std::size_t longestFrame = 1024;
@@ -55,15 +42,19 @@ void KeyboardClone::FreeDevice::operator()(libevdev_uinput* device) const {
     libevdev_uinput_destroy(device);
 }
 
-KeyboardClone::KeyboardClone(sd_event* loop, Handlers handlers) : loop_(loop), handlers_(std::move(handlers)) {}
+KeyboardClone::KeyboardClone(sd_event* loop, Handlers handlers)
+    : loop_(loop),
+      handlers_(std::move(handlers)),
+      readers_(loop, {.onProbe = [this] { probe(); }, .onReady = [this] { becomeReady(); }}) {}
 
 KeyboardClone::~KeyboardClone() = default;
 
 std::unique_ptr<KeyboardClone> KeyboardClone::make(sd_event* loop, libevdev* original, Handlers handlers) {
+    if (libevdev_has_event_type(original, EV_SW) != 0) return nullptr;
     std::unique_ptr<KeyboardClone> clone(new KeyboardClone(loop, std::move(handlers)));
     if (!clone->create(original) || !clone->watchOutput()) return nullptr;
     clone->copyRepeat(original);
-    clone->becomeReadyIn(longestAppearing);
+    clone->readers_.begin();
     return clone;
 }
 
@@ -75,6 +66,8 @@ bool KeyboardClone::create(libevdev* original) {
     }
     // uinput wants to be told how to play effects, which no keyboard has.
     libevdev_disable_event_type(original, EV_FF);
+    libevdev_enable_event_code(original, EV_KEY, CloneOutput::fillerKey, nullptr);
+    libevdev_enable_event_code(original, EV_MSC, MSC_SCAN, nullptr);
     libevdev_uinput* device = nullptr;
     const int status = libevdev_uinput_create_from_device(original, file_.get(), &device);
     device_.reset(device);
@@ -117,49 +110,40 @@ void KeyboardClone::readOutput() {
         return;
     }
     const auto count = static_cast<std::size_t>(size) / sizeof(input_event);
-    for (std::size_t index = 0; index < count; ++index) {
-        const input_event& event = events.at(index);
-        if (event.type == EV_LED || event.type == EV_SND) handlers_.onOutput(event.type, event.code, event.value);
-    }
+    for (std::size_t index = 0; index < count; ++index)
+        handleOutput(events.at(index));
+}
+
+void KeyboardClone::handleOutput(const input_event& event) {
+    if (event.type == EV_LED && event.code < LED_CNT) lights_.set(event.code, event.value != 0);
+    if (event.type == EV_LED || event.type == EV_SND) handlers_.onOutput(event.type, event.code, event.value);
 }
 
 void KeyboardClone::appeared() {
-    if (isReady_ || opening_) return;
-    appearedAt_ = monotonicNow();
-    watchOpening();
-    becomeReadyIn(longestOpening);
-}
-
-void KeyboardClone::watchOpening() {
     const char* node = libevdev_uinput_get_devnode(device_.get());
-    if (node == nullptr) return;
-    sd_event_source* source = nullptr;
-    const auto handler = [](sd_event_source*, const inotify_event*, void* self) {
-        auto* clone = static_cast<KeyboardClone*>(self);
-        const Time taken = monotonicNow() - clone->appearedAt_;
-        // Whatever opens it again and again cannot hold it up for ever.
-        if (taken < longestAppearing) clone->becomeReadyIn(std::clamp(2 * taken, quietAfterOpening, longestOpening));
-        return 0;
-    };
-    if (sd_event_add_inotify(loop_, &source, node, IN_OPEN, handler, this) >= 0) opening_.reset(source);
+    if (node != nullptr && !isReady_) readers_.appeared(node);
 }
 
-void KeyboardClone::becomeReadyIn(Time delay) {
-    sd_event_source* source = nullptr;
-    const auto handler = [](sd_event_source*, std::uint64_t, void* self) {
-        auto* clone = static_cast<KeyboardClone*>(self);
-        clone->timer_.reset();
-        clone->opening_.reset();
-        clone->isReady_ = true;
-        // A copy: the clone may be destroyed by what follows.
-        const auto onReady = clone->handlers_.onReady;
-        onReady();
-        return 0;
-    };
-    const int status =
-        sd_event_add_time(loop_, &source, CLOCK_MONOTONIC, microseconds(monotonicNow() + delay), 1000, handler, this);
-    timer_.reset(source);
-    if (status < 0) Log::warning("Cannot set a timer", status);
+/// The scan code of no key: a desktop reads it, and does nothing.
+void KeyboardClone::probe() {
+    const Time now = monotonicNow();
+    forward({EV_MSC, MSC_SCAN, 0, now});
+    forward({EV_SYN, SYN_REPORT, 0, now});
+}
+
+void KeyboardClone::becomeReady() {
+    isReady_ = true;
+    // A copy: the clone may be destroyed by what follows.
+    const auto onReady = handlers_.onReady;
+    onReady();
+}
+
+void KeyboardClone::tap(std::uint16_t key) {
+    const Time now = monotonicNow();
+    for (const std::int32_t value : {1, 0}) {
+        forward({EV_KEY, key, value, now});
+        forward({EV_SYN, SYN_REPORT, 0, now});
+    }
 }
 
 void KeyboardClone::forward(const InputEvent& event) {

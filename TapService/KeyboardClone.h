@@ -1,6 +1,8 @@
 #pragma once
 
 #include "TapService/Handles.h"
+#include "TapService/LockCarrier.h"
+#include "TapService/ReaderWatch.h"
 #include "TapService/TapPorts.h"
 
 #include <functional>
@@ -15,13 +17,14 @@ struct libevdev_uinput;
 namespace quillmere::tap {
 
 /// The virtual keyboard (uinput) that stands in for a grabbed device: with its
-/// capabilities, name and ids, so that the desktop treats it the same. The
+/// capabilities, name and ids, so that the desktop treats it the same, and with
+/// the engine's filler key (`CloneOutput::fillerKey`). The
 /// kernel repeats held keys on it. Destroying it unplugs it, and the kernel
 /// then releases whatever is down on it.
 class KeyboardClone {
 public:
     struct Handlers {
-        /// The desktop has taken it up; sent once.
+        /// The desktop reads it; sent once.
         std::function<void()> onReady;
         /// The desktop has set a light or a sound (EV_LED, EV_SND).
         std::function<void(std::uint16_t type, std::uint16_t code, std::int32_t value)> onOutput;
@@ -31,7 +34,9 @@ public:
     /// devices.
     static constexpr const char* mark = "quillmere-tapd";
 
-    /// Null when there is no uinput, or it refuses.
+    /// Null when there is no uinput, or it refuses, or the device has switches:
+    /// a laptop's lid must not be closed twice, or open for one and closed for
+    /// another.
     static std::unique_ptr<KeyboardClone> make(sd_event* loop, libevdev* original, Handlers handlers);
     ~KeyboardClone();
     KeyboardClone(const KeyboardClone&) = delete;
@@ -42,9 +47,13 @@ public:
     /// udev has made its node known, so the desktop begins to take it up.
     void appeared();
     bool isReady() const { return isReady_; }
+    /// What the desktop has lit.
+    const Lights& lights() const { return lights_; }
 
     /// Sends an event; a frame goes out whole, with its report.
     void forward(const InputEvent& event);
+    /// Presses and releases a key.
+    void tap(std::uint16_t key);
 
 private:
     struct FreeDevice {
@@ -56,9 +65,10 @@ private:
     bool create(libevdev* original);
     void copyRepeat(const libevdev* original);
     bool watchOutput();
-    void watchOpening();
-    void becomeReadyIn(Time delay);
+    void probe();
+    void becomeReady();
     void readOutput();
+    void handleOutput(const input_event& event);
     void write();
 
     sd_event* loop_;
@@ -66,9 +76,8 @@ private:
     FileDescriptor file_;
     std::unique_ptr<libevdev_uinput, FreeDevice> device_;
     EventSource output_;
-    EventSource opening_;
-    EventSource timer_;
-    Time appearedAt_{};  ///< when udev said so
+    ReaderWatch readers_;
+    Lights lights_;
     bool isReady_ = false;
     bool hasFailed_ = false;
     std::vector<input_event> frame_;

@@ -1,5 +1,6 @@
 #include "TapService/LinuxKeyboards.h"
 
+#include "TapService/Clock.h"
 #include "TapService/Log.h"
 
 #include <systemd/sd-daemon.h>
@@ -11,6 +12,9 @@
 namespace quillmere::tap {
 
 namespace {
+
+// How long a desktop takes to light what was locked.
+constexpr Time lightsTake = std::chrono::milliseconds(300);
 
 // To close or to give back a device the kernel waits for all processors, some
 // ten milliseconds each time and far more on a busy machine. Many devices in a
@@ -35,7 +39,7 @@ bool LinuxKeyboards::start(KeyboardSink& sink) {
 }
 
 void LinuxKeyboards::found(const std::string& path, const std::string& node) {
-    const std::optional<KeySet> keys = Keyboard::keysOf(node);
+    const std::optional<KeySet> keys = Keyboard::keysOf(node, path);
     if (!keys) {
         Log::warning("Cannot ask " + node + " for its keys", errno);
         return;
@@ -52,7 +56,10 @@ void LinuxKeyboards::found(const std::string& path, const std::string& node) {
         .onEvent = [this, id](const InputEvent& event) { sink_->deviceEvent(id, event); },
         .onGone = [this, id] { remove(id); },
     };
-    entries_.emplace(id, Entry{path, *keys, std::make_unique<Keyboard>(loop_, node, std::move(handlers)), nullptr});
+    Entry& entry = entries_[id];
+    entry.path = path;
+    entry.keys = *keys;
+    entry.keyboard = std::make_unique<Keyboard>(loop_, node, path, std::move(handlers));
     sink_->deviceAdded(id, *keys);
 }
 
@@ -102,6 +109,7 @@ void LinuxKeyboards::dropOneClone() {
         return;
     }
     (*entry).cloneIsUnneeded = false;
+    (*entry).lockCheck.reset();
     (*entry).clone.reset();
     showProgress();
 }
@@ -118,20 +126,39 @@ void LinuxKeyboards::close(DeviceId device) {
 CloneState LinuxKeyboards::prepareClone(DeviceId device) {
     Entry& entry = entries_.at(device);
     entry.cloneIsUnneeded = false;
-    if (!entry.clone) {
-        KeyboardClone::Handlers handlers{
-            .onReady = [this, device] { sink_->cloneMade(device, true); },
-            .onOutput = [keyboard = entry.keyboard.get()](std::uint16_t type, std::uint16_t code,
-                                                          std::int32_t value) { keyboard->set(type, code, value); },
-        };
-        entry.clone = KeyboardClone::make(loop_, entry.keyboard->description(), std::move(handlers));
-    }
-    if (!entry.clone) return CloneState::failed;
+    if (!entry.clone && !makeClone(device, entry)) return CloneState::failed;
     return entry.clone->isReady() ? CloneState::ready : CloneState::making;
 }
 
+bool LinuxKeyboards::makeClone(DeviceId device, Entry& entry) {
+    KeyboardClone::Handlers handlers{
+        .onReady = [this, device] { sink_->cloneMade(device, true); },
+        .onOutput = [keyboard = entry.keyboard.get()](std::uint16_t type, std::uint16_t code,
+                                                      std::int32_t value) { keyboard->set(type, code, value); },
+    };
+    entry.clone = KeyboardClone::make(loop_, entry.keyboard->description(), std::move(handlers));
+    entry.locks = std::make_unique<LockCarrier>([clone = entry.clone.get()](std::uint16_t key) { clone->tap(key); });
+    return entry.clone != nullptr;
+}
+
 std::optional<Time> LinuxKeyboards::grab(DeviceId device) {
-    return entries_.at(device).keyboard->grab();
+    Entry& entry = entries_.at(device);
+    const std::optional<Time> since = entry.keyboard->grab();
+    if (since) takeLocksOver(entry);
+    return since;
+}
+
+void LinuxKeyboards::takeLocksOver(Entry& entry) {
+    if (!entry.locks->takeOver(entry.keyboard->lights(), entry.clone->lights())) return;
+    sd_event_source* source = nullptr;
+    const auto handler = [](sd_event_source*, std::uint64_t, void* data) {
+        const auto& taken = *static_cast<Entry*>(data);
+        if (taken.keyboard->isGrabbed() && taken.clone) taken.locks->check(taken.keyboard->lights());
+        return 0;
+    };
+    const std::uint64_t time = microseconds(monotonicNow() + lightsTake);
+    if (sd_event_add_time(loop_, &source, CLOCK_MONOTONIC, time, 1000, handler, &entry) < 0) return;
+    entry.lockCheck.reset(source);
 }
 
 std::optional<Time> LinuxKeyboards::ungrab(DeviceId device, bool force) {
@@ -142,7 +169,9 @@ std::optional<Time> LinuxKeyboards::ungrab(DeviceId device, bool force) {
 
 void LinuxKeyboards::forward(DeviceId device, const InputEvent& event) {
     Entry& entry = entries_.at(device);
-    if (entry.clone) entry.clone->forward(event);
+    if (!entry.clone) return;
+    if (event.type == EV_KEY) entry.locks->pressed(event.code);
+    entry.clone->forward(event);
 }
 
 void LinuxKeyboards::forget(DeviceId device) {

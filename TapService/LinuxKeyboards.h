@@ -4,6 +4,7 @@
 #include "TapService/Keyboard.h"
 #include "TapService/KeyboardClone.h"
 #include "TapService/Keyboards.h"
+#include "TapService/LockCarrier.h"
 
 #include <map>
 #include <memory>
@@ -33,6 +34,8 @@ private:
         KeySet keys;
         std::unique_ptr<Keyboard> keyboard;
         std::unique_ptr<KeyboardClone> clone;
+        std::unique_ptr<LockCarrier> locks;  ///< with the clone
+        EventSource lockCheck;
         bool cloneIsUnneeded = false;
         bool isRemoved = false;
     };
@@ -42,6 +45,8 @@ private:
     void cloneAppeared(const std::string& path);
     void remove(DeviceId device);
     void dropOneClone();
+    bool makeClone(DeviceId device, Entry& entry);
+    void takeLocksOver(Entry& entry);
 
     sd_event* loop_;
     KeyboardSink* sink_ = nullptr;

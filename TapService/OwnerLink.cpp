@@ -1,5 +1,7 @@
 #include "TapService/OwnerLink.h"
 
+#include "TapService/KeyRole.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -45,7 +47,9 @@ void OwnerLink::setInterest(const Interest& interest) {
     std::erase_if(interest_.shortcuts, [](const TapShortcut& shortcut) { return !shortcut.isToldOf(); });
     codes_.reset();
     for (const TapShortcut& shortcut : interest_.shortcuts) {
-        if (shortcut.code < keyCodeLimit) codes_.set(shortcut.code);
+        // No program gets a mouse's buttons, or keeps the computer from being
+        // turned off.
+        if (shortcut.code < keyCodeLimit && roleOf(shortcut.code) == KeyRole::key) codes_.set(shortcut.code);
     }
 }
 

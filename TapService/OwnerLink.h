@@ -24,7 +24,8 @@ public:
     /// Without a word.
     void drop();
 
-    /// Shortcuts that are keys of typing are left out.
+    /// Of the shortcuts those count whose keys may be one (`KeyRole::key`), and
+    /// that are no keys of typing.
     void setInterest(const Interest& interest);
     /// False when it already was, or there is no owner.
     bool enable();
@@ -35,7 +36,7 @@ public:
 
     /// Whether the user records a shortcut.
     bool isRecording() const { return isAttached() && interest_.everyKey; }
-    bool hasShortcuts() const { return isAttached() && !interest_.shortcuts.empty(); }
+    bool hasShortcuts() const { return isAttached() && codes_.any(); }
     bool wantsFn() const { return isAttached() && (interest_.wantsFn || isRecording()); }
     /// Whether this press is to be told in full.
     bool isOfInterest(std::uint16_t code, std::uint8_t flags) const;
@@ -57,7 +58,7 @@ private:
 
     OwnerPort* port_ = nullptr;
     Interest interest_;
-    KeySet codes_;  ///< of the interest's shortcuts
+    KeySet codes_;  ///< of the shortcuts that count
     bool enabled_ = false;
     bool wasDisabled_ = false;
     bool fnWasTold_ = false;  ///< the owner believes Fn to be down

@@ -5,6 +5,7 @@
 #include "TapService/TapPorts.h"
 
 #include <cstddef>
+#include <map>
 #include <optional>
 
 namespace quillmere::tap {
@@ -28,6 +29,7 @@ struct TapDevice {
     bool isOpen = false;
     bool cannotOpen = false;
     bool isGone = false;
+    bool isUnsettled = true;  ///< it may not be as open, cloned and grabbed as it should be
     Clone clone = Clone::none;
     bool isGrabbed = false;
     bool grabRefused = false;
@@ -38,6 +40,7 @@ struct TapDevice {
     std::optional<Time> ungrabBy;
 
     KeySet down;                     ///< as the device says
+    bool isAsked = false;            ///< one of its keys waits for the verdict
     std::size_t queued = 0;          ///< events that wait behind a verdict
     KeySet held;                     ///< as of the last event that has been handled
     std::uint8_t flags = 0;          ///< of `held`
@@ -49,6 +52,9 @@ struct TapDevice {
 
     /// Whether nobody but the service has got this event.
     bool isExclusive(const InputEvent& event) const { return event.time >= grabbedSince && event.time < grabbedUntil; }
+    /// Whether something that it sent has not been handled yet.
+    bool isBusy() const { return queued > 0 || isAsked; }
+    bool isNeutral() const { return down.none() && held.none() && !isBusy(); }
 
     void updateFlags() {
         flags = 0;
@@ -57,5 +63,15 @@ struct TapDevice {
         }
     }
 };
+
+using TapDevices = std::map<DeviceId, TapDevice>;
+
+/// What is held on any of the devices.
+inline std::uint8_t flagsOf(const TapDevices& devices) {
+    std::uint8_t flags = 0;
+    for (const auto& [id, device] : devices)
+        flags |= device.flags;
+    return flags;
+}
 
 }  // namespace quillmere::tap

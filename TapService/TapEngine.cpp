@@ -19,17 +19,11 @@ TapDevice* TapEngine::find(DeviceId id) {
     return found == devices_.end() ? nullptr : &found->second;
 }
 
-std::uint8_t TapEngine::flags() const {
-    std::uint8_t flags = 0;
-    for (const TapDevice& device : devices_ | std::views::values)
-        flags |= device.flags;
-    return flags;
-}
-
 void TapEngine::addDevice(DeviceId id, const KeySet& keys, Time now) {
     devices_.try_emplace(id, keys);
-    needsReconciling_ = true;
-    reconcileAll(now);
+    // It may be the first with an Fn key.
+    grabs_.unsettle();
+    settleDevices(now);
 }
 
 void TapEngine::removeDevice(DeviceId id, Time now) {
@@ -37,32 +31,32 @@ void TapEngine::removeDevice(DeviceId id, Time now) {
     if (device == nullptr || device->isGone) return;
     device->isGone = true;
     // What it sent before still has to come out in order.
-    if (isBusy(id, *device)) {
+    if (device->isBusy()) {
         queue_.push_back({id, std::nullopt});
         return;
     }
     finishRemoval(id, now);
-    reconcileAll(now);
+    settleDevices(now);
 }
 
 void TapEngine::finishRemoval(DeviceId id, Time now) {
     TapDevice& device = devices_.at(id);
-    releaseClone(id, device, now);
+    output_.release(id, device, now);
     for (std::uint16_t code = 0; code < keyCodeLimit; ++code) {
-        if (device.told.test(code)) owner_.tellKey(KeyEventKind::release, {EV_KEY, code, 0, now}, flags());
+        if (device.told.test(code)) owner_.tellKey(KeyEventKind::release, {EV_KEY, code, 0, now}, flagsOf(devices_));
     }
     const bool hadFlags = device.flags != 0;
     devices_.erase(id);
-    if (hadFlags) owner_.tellFlags(now, flags());
+    if (hadFlags) owner_.tellFlags(now, flagsOf(devices_));
     keyboards_.forget(id);
-    needsReconciling_ = true;
+    grabs_.unsettle();
 }
 
 void TapEngine::cloneMade(DeviceId id, bool ready, Time now) {
     TapDevice* device = find(id);
-    if (device == nullptr || device->clone != TapDevice::Clone::making) return;
-    device->clone = ready ? TapDevice::Clone::ready : TapDevice::Clone::failed;
-    reconcile(id, *device, now);
+    if (device == nullptr) return;
+    grabs_.cloneMade(*device, ready);
+    settleDevices(now);
 }
 
 void TapEngine::handleEvent(DeviceId id, const InputEvent& event, Time now) {
@@ -86,7 +80,7 @@ void TapEngine::handleEvent(DeviceId id, const InputEvent& event, Time now) {
     } else if (device->isOpen) {
         handle(id, *device, event, now);
     }
-    reconcileAll(now);
+    settleDevices(now);
 }
 
 void TapEngine::drain(Time now) {
@@ -111,10 +105,10 @@ void TapEngine::handle(DeviceId id, TapDevice& device, const InputEvent& event, 
             return;
         case EV_SYN:
             if (event.code == SYN_REPORT) {
-                endFrame(id, device, event);
+                output_.endFrame(id, device, event);
                 // Between two frames is the one moment to take or to give
                 // back a device.
-                reconcile(id, device, now);
+                grabs_.settle(id, device, now);
                 return;
             }
             break;
@@ -132,7 +126,7 @@ void TapEngine::handle(DeviceId id, TapDevice& device, const InputEvent& event, 
             // Lights and sounds go the other way.
             return;
     }
-    if (device.isExclusive(event)) forward(id, device, event);
+    if (device.isExclusive(event)) output_.forward(id, device, event);
 }
 
 void TapEngine::handleKey(DeviceId id, TapDevice& device, const InputEvent& event, Time now) {
@@ -148,19 +142,19 @@ void TapEngine::handleKey(DeviceId id, TapDevice& device, const InputEvent& even
 void TapEngine::handlePress(DeviceId id, TapDevice& device, const InputEvent& event, Time now) {
     device.held.set(event.code);
     const KeyRole role = roleOf(event.code);
-    const bool isOfInterest = role == KeyRole::key && owner_.isOfInterest(event.code, flags());
+    const bool isOfInterest = role == KeyRole::key && owner_.isOfInterest(event.code, flagsOf(devices_));
     if (isOfInterest && device.isExclusive(event)) {
         ask(id, device, event, now);
         return;
     }
-    pass(id, device, event);
+    output_.pass(id, device, event);
     if (isOfInterest) {
-        device.told.set(event.code, owner_.tellKey(KeyEventKind::press, event, flags()));
-    } else if (role == KeyRole::key) {
-        owner_.tellOther(event.time, flags());
+        device.told.set(event.code, owner_.tellKey(KeyEventKind::press, event, flagsOf(devices_)));
+    } else if (role == KeyRole::key || role == KeyRole::power) {
+        owner_.tellOther(event.time, flagsOf(devices_));
     } else if (role != KeyRole::button) {
         device.updateFlags();
-        owner_.tellFlags(event.time, flags());
+        owner_.tellFlags(event.time, flagsOf(devices_));
     }
 }
 
@@ -173,14 +167,14 @@ void TapEngine::handleRelease(DeviceId id, TapDevice& device, const InputEvent& 
     if (wasSwallowed) {
         device.scan.reset();
     } else {
-        pass(id, device, event);
+        output_.pass(id, device, event);
     }
     const KeyRole role = roleOf(event.code);
     if (role == KeyRole::modifier || role == KeyRole::fn) {
         device.updateFlags();
-        owner_.tellFlags(event.time, flags());
+        owner_.tellFlags(event.time, flagsOf(devices_));
     } else if (wasTold) {
-        owner_.tellKey(KeyEventKind::release, event, flags());
+        owner_.tellKey(KeyEventKind::release, event, flagsOf(devices_));
     }
 }
 
@@ -188,40 +182,10 @@ void TapEngine::handleRepeat(TapDevice& device, const InputEvent& event) {
     // Never forwarded: the clone repeats by itself what is down on it.
     device.scan.reset();
     if (device.told.test(event.code)) {
-        owner_.tellKey(KeyEventKind::repeat, event, flags());
+        owner_.tellKey(KeyEventKind::repeat, event, flagsOf(devices_));
     } else if (roleOf(event.code) == KeyRole::key) {
-        owner_.tellOther(event.time, flags());
+        owner_.tellOther(event.time, flagsOf(devices_));
     }
-}
-
-void TapEngine::pass(DeviceId id, TapDevice& device, const InputEvent& event) {
-    const bool isPress = event.value != 0;
-    // A release follows its press, whoever gets the device's events by now.
-    if (isPress ? device.isExclusive(event) : device.onClone.test(event.code)) {
-        if (device.scan) forward(id, device, *device.scan);
-        forward(id, device, event);
-        device.onClone.set(event.code, isPress);
-    }
-    device.scan.reset();
-}
-
-void TapEngine::forward(DeviceId id, TapDevice& device, const InputEvent& event) {
-    keyboards_.forward(id, event);
-    device.frameIsOpen = true;
-}
-
-void TapEngine::endFrame(DeviceId id, TapDevice& device, const InputEvent& report) {
-    device.scan.reset();
-    if (std::exchange(device.frameIsOpen, false)) keyboards_.forward(id, report);
-}
-
-void TapEngine::releaseClone(DeviceId id, TapDevice& device, Time now) {
-    for (std::uint16_t code = 0; code < keyCodeLimit && device.onClone.any(); ++code) {
-        if (!device.onClone.test(code)) continue;
-        forward(id, device, {EV_KEY, code, 0, now});
-        device.onClone.reset(code);
-    }
-    endFrame(id, device, {EV_SYN, SYN_REPORT, 0, now});
 }
 
 // Questions and answers
@@ -229,49 +193,48 @@ void TapEngine::releaseClone(DeviceId id, TapDevice& device, Time now) {
 void TapEngine::ask(DeviceId id, TapDevice& device, const InputEvent& event, Time now) {
     // 0 is "no question".
     sequence_ = std::max(sequence_ + 1, 1U);
-    if (!owner_.tellKey(KeyEventKind::press, event, flags(), sequence_)) {
-        pass(id, device, event);
+    if (!owner_.tellKey(KeyEventKind::press, event, flagsOf(devices_), sequence_)) {
+        output_.pass(id, device, event);
         return;
     }
     device.told.set(event.code);
+    device.isAsked = true;
     pending_ = Pending{id, event, sequence_, now + verdictDeadline};
 }
 
 void TapEngine::verdict(std::uint32_t sequence, bool swallow, Time now) {
     if (!awaits(sequence)) return;
     settle(swallow, now);
-    reconcileAll(now);
+    settleDevices(now);
 }
 
 void TapEngine::settle(bool swallow, Time now) {
     if (!pending_) return;
     const Pending settled = *std::exchange(pending_, std::nullopt);
     if (TapDevice* device = find(settled.device)) {
+        device->isAsked = false;
         if (swallow) {
             device->swallowed.set(settled.event.code);
             device->scan.reset();
+            output_.fill(devices_, now);
         } else {
-            pass(settled.device, *device, settled.event);
+            output_.pass(settled.device, *device, settled.event);
         }
     }
     drain(now);
-    needsReconciling_ = true;
+    grabs_.unsettle();
 }
 
 void TapEngine::forgetTold() {
     for (TapDevice& device : devices_ | std::views::values)
         device.told.reset();
-    needsReconciling_ = true;
+    grabs_.unsettle();
 }
 
 std::optional<Time> TapEngine::deadline() const {
-    std::optional<Time> earliest;
-    const auto consider = [&earliest](Time time) { earliest = earliest ? std::min(*earliest, time) : time; };
-    if (pending_) consider(pending_->deadline);
-    for (const TapDevice& device : devices_ | std::views::values) {
-        if (device.ungrabBy) consider(*device.ungrabBy);
-    }
-    return earliest;
+    const std::optional<Time> devices = grabs_.deadline();
+    if (!pending_) return devices;
+    return devices ? std::min(*devices, pending_->deadline) : pending_->deadline;
 }
 
 void TapEngine::tick(Time now) {
@@ -279,8 +242,12 @@ void TapEngine::tick(Time now) {
         owner_.disable(DisabledReason::timeout);
         settle(false, now);
     }
-    needsReconciling_ = true;
-    reconcileAll(now);
+    settleDevices(now);
+}
+
+void TapEngine::settleDevices(Time now) {
+    if (owner_.takeDisabled()) forgetTold();
+    grabs_.settle(now);
 }
 
 bool TapEngine::isPanicChord() const {
@@ -292,18 +259,20 @@ bool TapEngine::isPanicChord() const {
 
 void TapEngine::panic(Time now) {
     owner_.disable(DisabledReason::userInput);
-    releaseEverything(now);
+    dropOwner(now);
+    grabs_.free(now);
 }
 
 void TapEngine::releaseEverything(Time now) {
+    dropOwner(now);
+    grabs_.release(now);
+    settleDevices(now);
+}
+
+void TapEngine::dropOwner(Time now) {
     owner_.drop();
     forgetTold();
     settle(false, now);
-    for (auto& [id, device] : devices_) {
-        releaseClone(id, device, now);
-        if (device.isGrabbed) ungrab(id, device, true);
-    }
-    reconcileAll(now);
 }
 
 // The owner
@@ -312,37 +281,32 @@ void TapEngine::attach(OwnerPort& owner, const Interest& interest, bool enabled,
     detach(now);
     owner_.attach(owner, enabled);
     // What failed before gets another chance.
-    for (TapDevice& device : devices_ | std::views::values) {
-        device.cannotOpen = false;
-        if (!device.isGrabbed) device.clone = TapDevice::Clone::none;
-    }
+    grabs_.retry();
     setInterest(interest, now);
 }
 
 void TapEngine::detach(Time now) {
     if (!owner_.isAttached()) return;
-    owner_.detach(flags(), now);
+    owner_.detach(flagsOf(devices_), now);
     forgetTold();
     settle(false, now);
-    reconcileAll(now);
+    settleDevices(now);
 }
 
 void TapEngine::setInterest(const Interest& interest, Time now) {
     if (!owner_.isAttached()) return;
     owner_.setInterest(interest);
-    for (TapDevice& device : devices_ | std::views::values)
-        device.grabRefused = false;
-    needsReconciling_ = true;
-    reconcileAll(now);
+    grabs_.retryGrabs();
+    settleDevices(now);
 }
 
 void TapEngine::enable(Time now) {
     if (!owner_.enable()) return;
     // Fn may have gone up meanwhile. If it has gone down, that is no beginning
     // of a tap.
-    if ((flags() & Flags::fn) == 0) owner_.tellFlags(now, flags());
-    needsReconciling_ = true;
-    reconcileAll(now);
+    if ((flagsOf(devices_) & Flags::fn) == 0) owner_.tellFlags(now, flagsOf(devices_));
+    grabs_.unsettle();
+    settleDevices(now);
 }
 
 }  // namespace quillmere::tap

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TapService/CloneOutput.h"
+#include "TapService/DeviceGrabs.h"
 #include "TapService/KeySet.h"
 #include "TapService/OwnerLink.h"
 #include "TapService/TapDevice.h"
@@ -8,7 +10,6 @@
 
 #include <chrono>
 #include <deque>
-#include <map>
 #include <optional>
 
 namespace quillmere::tap {
@@ -23,19 +24,17 @@ namespace quillmere::tap {
 ///
 /// It fails open: without a verdict in time the key passes and the tap is
 /// disabled, without an owner nothing is grabbed, and Backspace + Escape +
-/// Enter gives the keyboard back whatever else is going on.
+/// Enter gives the keyboard back whatever else is going on. Given back so, it
+/// stays with the user for a while, whoever opens a tap.
 class TapEngine {
 public:
     /// How long a key waits for its verdict.
     static constexpr Time verdictDeadline = std::chrono::milliseconds(500);
-    /// How long a grab that is no longer needed waits for the last key to go
-    /// up. Ended earlier, that key would be released under the user's finger.
-    static constexpr Time ungrabDeadline = std::chrono::seconds(5);
     /// Events that may wait behind one verdict; far more than half a second of
     /// any real device.
     static constexpr std::size_t queueLimit = 4096;
 
-    explicit TapEngine(KeyboardPort& keyboards) : keyboards_(keyboards) {}
+    explicit TapEngine(KeyboardPort& keyboards) : keyboards_(keyboards), output_(keyboards) {}
 
     /// A device was plugged in; `keys` is what it can send.
     void addDevice(DeviceId id, const KeySet& keys, Time now);
@@ -62,7 +61,9 @@ public:
     /// Whether this question is the one that waits for its verdict.
     bool awaits(std::uint32_t sequence) const { return pending_ && pending_->sequence == sequence; }
 
-    /// When `tick` is needed next; no value: not until something else happens.
+    /// When `tick` is needed next; a time that has passed: at once, but after
+    /// what the keyboards have to say. No value: not until something else
+    /// happens.
     std::optional<Time> deadline() const;
     void tick(Time now);
 
@@ -70,7 +71,7 @@ public:
     void releaseEverything(Time now);
 
     /// Whether any device is grabbed.
-    bool isGrabbing() const;
+    bool isGrabbing() const { return grabs_.isGrabbing(); }
 
 private:
     struct Pending {
@@ -85,7 +86,6 @@ private:
     };
 
     TapDevice* find(DeviceId id);
-    std::uint8_t flags() const;
 
     void handle(DeviceId id, TapDevice& device, const InputEvent& event, Time now);
     void handleKey(DeviceId id, TapDevice& device, const InputEvent& event, Time now);
@@ -100,36 +100,19 @@ private:
     void forgetTold();
     void panic(Time now);
     bool isPanicChord() const;
-
-    /// Sends a key through the clone, with its scan code.
-    void pass(DeviceId id, TapDevice& device, const InputEvent& event);
-    void forward(DeviceId id, TapDevice& device, const InputEvent& event);
-    void endFrame(DeviceId id, TapDevice& device, const InputEvent& report);
-    void releaseClone(DeviceId id, TapDevice& device, Time now);
-
-    bool isBusy(DeviceId id, const TapDevice& device) const;
-    bool isNeutral(DeviceId id, const TapDevice& device) const;
-    bool wantsOpen() const;
-    void open(DeviceId id, TapDevice& device);
-    void close(DeviceId id, TapDevice& device, Time now);
-    void prepareClone(DeviceId id, TapDevice& device);
-    void grab(DeviceId id, TapDevice& device);
-    void forgetMissedReleases(TapDevice& device, Time now);
-    void ungrab(DeviceId id, TapDevice& device, bool force);
-    void endGrab(DeviceId id, TapDevice& device, Time now);
-    void reconcileGrab(DeviceId id, TapDevice& device, Time now);
-    void reconcile(DeviceId id, TapDevice& device, Time now);
-    /// Brings every device to where it should be, if something has changed
-    /// that concerns more than one.
-    void reconcileAll(Time now);
+    void dropOwner(Time now);
+    /// After anything that may have changed which devices are to be open,
+    /// cloned and grabbed.
+    void settleDevices(Time now);
 
     KeyboardPort& keyboards_;
     OwnerLink owner_;
-    std::map<DeviceId, TapDevice> devices_;
+    TapDevices devices_;
+    CloneOutput output_;
+    DeviceGrabs grabs_{keyboards_, owner_, devices_, output_};
     std::optional<Pending> pending_;
     std::deque<Queued> queue_;
     std::uint32_t sequence_ = 0;
-    bool needsReconciling_ = false;
 };
 
 }  // namespace quillmere::tap

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <csignal>
 #include <iostream>
+#include <set>
 #include <string>
 #include <tuple>
 
@@ -171,5 +172,53 @@ INSTANTIATE_TEST_SUITE_P(AtEveryStage, ServiceFaults,
                                           testing::Values(Stage::atRest, Stage::modifierHeld, Stage::questionWaits,
                                                           Stage::swallowedKeyHeld)),
                          nameOfPair);
+
+using Stalled = FaultTest;
+
+TEST_F(Stalled, AServiceThatMissesMoreThanTheKernelKeepsForItLeavesNoKeyDown) {
+    constexpr const char* name = "Fast keyboard";
+    VirtualKeyboard keyboard({.name = name});
+    listen(TapOwner::Answer::swallow);
+    const auto goesThroughClone = [&] {
+        desk_.clear();
+        keyboard.type(taps({KEY_F12}));
+        return waitUntil([&] { return desk_.strokes().size() == 2; }, moment) && desk_.events()[0].isFromClone;
+    };
+    ASSERT_TRUE(waitUntil(goesThroughClone)) << desk_.describe();
+    keyboard.type({{KEY_LEFTSHIFT, true}, {KEY_LEFTCTRL, true}});
+    ASSERT_TRUE(waitUntil([&] { return desk_.keysDown().size() == 2; })) << desk_.describe();
+
+    const pid_t pid = service_.pid();
+    service_.signal(SIGSTOP);
+    // Far more than there is room for; the releases are among what is lost.
+    keyboard.type({{KEY_LEFTSHIFT, false}, {KEY_LEFTCTRL, false}, {KEY_Z, true}});
+    for (int i = 0; i < 200; ++i)
+        keyboard.type(taps({KEY_A, KEY_B}));
+    service_.signal(SIGCONT);
+    EXPECT_TRUE(waitUntil([&] { return desk_.keysDown() == std::set<std::uint16_t>{KEY_Z}; })) << desk_.describe();
+    keyboard.type({{KEY_Z, false}});
+    EXPECT_TRUE(waitUntil([&] { return desk_.keysDown().empty(); })) << desk_.describe();
+    EXPECT_TRUE(waitUntil(goesThroughClone)) << desk_.describe();
+    EXPECT_EQ(service_.pid(), pid);
+}
+
+TEST_F(Stalled, ALogoutWhileKeysAreHeldLeavesNoneDown) {
+    Service::grant(stranger);
+    {
+        Session other({.user = stranger, .terminal = 2});
+        other.activate();
+        TapOwner second(other);
+        ASSERT_EQ(second.open(), "");
+        second.answer(TapOwner::Answer::swallow);
+        second.send(tap::Interest{.shortcuts = {ctrlSpace}});
+        ASSERT_TRUE(becomesGrabbed());
+        ASSERT_TRUE(arrives({{KEY_LEFTSHIFT, true}, {KEY_A, true}}));
+    }
+    monitor().type({{KEY_A, false}, {KEY_LEFTSHIFT, false}});
+    EXPECT_TRUE(waitUntil([&] { return desk_.keysDown().empty(); })) << desk_.describe();
+    Service::revoke(stranger);
+    session().activate();
+    EXPECT_TRUE(becomesFree());
+}
 
 }  // namespace quillmere::machine

@@ -1,6 +1,11 @@
 #include "Tests/Machine/TapTest.h"
+#include "Tests/Support/ChildProcess.h"
+#include "Tests/Support/SupportError.h"
 
-#include <memory>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
 
 // Keyboards that come and go while the tap is at work.
 namespace quillmere::machine {
@@ -20,6 +25,40 @@ protected:
         if (waitUntil([&] { return desk_.keysDown().empty() && !desk_.clones().contains(usbKeyboard); }))
             return testing::AssertionSuccess();
         return testing::AssertionFailure() << desk_.describe();
+    }
+};
+
+/// A keyboard that an administrator gives to another seat, until the end of
+/// this object.
+class SeatChange {
+public:
+    SeatChange(const std::string& keyboard, const std::string& seat) {
+        run({"loginctl", "attach", seat, path(keyboard)});
+    }
+    ~SeatChange() { run({"loginctl", "flush-devices"}); }
+    SeatChange(const SeatChange&) = delete;
+    SeatChange& operator=(const SeatChange&) = delete;
+
+private:
+    /// The original's place in sysfs; its clone is a virtual device.
+    static std::string path(const std::string& keyboard) {
+        for (const auto& entry : std::filesystem::directory_iterator("/sys/class/input")) {
+            std::ifstream file(entry.path() / "name");
+            std::string name;
+            std::getline(file, name);
+            const std::filesystem::path place = std::filesystem::canonical(entry.path());
+            if (name == keyboard && !place.string().starts_with("/sys/devices/virtual/")) return place;
+        }
+        throw support::SupportError("no " + keyboard);
+    }
+
+    static void run(const std::vector<std::string>& arguments) {
+        EXPECT_EQ(support::ChildProcess::run({.arguments = arguments,
+                                              .environment = support::baseEnvironment("/"),
+                                              .output = std::filesystem::current_path() / "loginctl.txt",
+                                              .inheritedDescriptors = {},
+                                              .prepare = {}}),
+                  0);
     }
 };
 
@@ -72,6 +111,32 @@ TEST_F(HotPlug, AKeyboardPulledOutDuringAQuestionHoldsNothingUp) {
     unplug();
     EXPECT_TRUE(everythingIsReleased());
     EXPECT_FALSE(owner().isClosed());
+}
+
+TEST_F(HotPlug, AKeyboardGivenToAnotherSeatIsLetGo) {
+    listen(TapOwner::Answer::swallow);
+    plugAndListen();
+    EXPECT_TRUE(arrives({{KEY_LEFTSHIFT, true}}));
+    const SeatChange change(usbKeyboard, "seat1");
+    EXPECT_TRUE(everythingIsReleased());
+    monitor().type({{KEY_LEFTSHIFT, false}});
+    desk_.clear();
+    owner().clear();
+    // It is that seat's alone now: nothing is swallowed, and nobody is told.
+    EXPECT_TRUE(arrives(ctrlSpaceStrokes));
+    for (const DeskEvent& event : desk_.events())
+        EXPECT_FALSE(event.isFromClone);
+    EXPECT_TRUE(owner().events().empty());
+}
+
+TEST_F(HotPlug, AKeyboardThatComesBackFromAnotherSeatIsListenedToAgain) {
+    listen(TapOwner::Answer::swallow);
+    plugAndListen();
+    {
+        const SeatChange change(usbKeyboard, "seat1");
+        ASSERT_TRUE(everythingIsReleased());
+    }
+    EXPECT_TRUE(becomesGrabbed());
 }
 
 TEST_F(HotPlug, FiftyKeyboardsPluggedInAndPulledOutLeaveNothingBehind) {

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
+#include <vector>
 
 // What becomes of keys while the tap listens to a shortcut.
 namespace quillmere::machine {
@@ -156,16 +158,39 @@ TEST_F(Shortcut, LeavesTheLightsOfAGrabbedKeyboardToTheDesktop) {
 TEST_F(Shortcut, LeavesTheWheelOfAKeyboardAlone) {
     VirtualKeyboard keyboard({.name = "Wheeled keyboard", .hasWheel = true});
     listen(TapOwner::Answer::swallow);
+    // The coarse and the fine count of one turn, in one report.
     const auto turns = [&] {
-        return std::ranges::count_if(desk_.events(), [](const DeskEvent& event) {
-            return event.isFromClone && event.type == EV_REL && event.code == REL_WHEEL && event.value == -2;
-        });
+        std::vector<std::pair<std::uint16_t, std::int32_t>> result;
+        for (const DeskEvent& event : desk_.events())
+            if (event.isFromClone && event.type == EV_REL) result.emplace_back(event.code, event.value);
+        return result;
     };
+    const decltype(turns()) expected{{REL_WHEEL, -2}, {REL_WHEEL_HI_RES, -2 * VirtualKeyboard::finePerStep}};
     EXPECT_TRUE(waitUntil([&] {
         desk_.clear();
         keyboard.turnWheel(-2);
-        return waitUntil([&] { return turns() == 1; }, moment);
+        return waitUntil([&] { return turns() == expected; }, moment);
     })) << desk_.describe();
+}
+
+TEST_F(Shortcut, IsToldAndNotSwallowedOnAKeyboardWithASwitch) {
+    VirtualKeyboard keyboard({.name = "Keyboard with a stand", .hasSwitch = true});
+    listen(TapOwner::Answer::swallow);
+    desk_.clear();
+    owner().clear();
+    keyboard.type(ctrlSpaceStrokes);
+    EXPECT_TRUE(hasGot(ctrlSpaceStrokes));
+    ASSERT_TRUE(waitUntil([&] { return owner().events().size() == 2; }));
+    EXPECT_EQ(questions(), 0U);
+    EXPECT_FALSE(desk_.clones().contains("Keyboard with a stand"));
+}
+
+TEST_F(Shortcut, SwallowedWithAltLeavesNoLoneTapOfAlt) {
+    owner().answer(TapOwner::Answer::swallow);
+    owner().send(tap::Interest{.shortcuts = {{KEY_SPACE, tap::Flags::option}}});
+    ASSERT_TRUE(becomesGrabbed());
+    monitor().type(chord({KEY_LEFTALT, KEY_SPACE}));
+    EXPECT_TRUE(hasGot(chord({KEY_LEFTALT, KEY_UNKNOWN})));
 }
 
 TEST_F(Shortcut, DoesNotDisturbAProgramThatHasTheKeyboardForItself) {

@@ -2,10 +2,12 @@
 #include "Tests/Machine/MachineTest.h"
 #include "Tests/Machine/PasswordDialog.h"
 #include "Tests/Machine/Service.h"
+#include "Tests/Machine/TapOwner.h"
 #include "Tests/Support/ConfigurationText.h"
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -54,6 +56,7 @@ protected:
     }
 
     GraphicalSession& graphical() { return *graphical_; }
+    ChildProcess& compositor() { return *compositor_; }
     ChildProcess& quillmere() { return graphical_->quillmere(); }
 
     /// The application listens to `group` from its start on. It shows no plate
@@ -89,14 +92,21 @@ protected:
     /// Types with these keys, and waits until the terminal has got this text
     /// and nothing else.
     testing::AssertionResult types(const std::vector<KeyStroke>& strokes, const std::string& text) {
-        const std::string before = contents(typed());
+        const std::string before = terminal();
         monitor().type(strokes);
-        if (waitUntil([&] { return contents(typed()).size() >= before.size() + text.size(); })
-            && contents(typed()) == before + text)
-            return testing::AssertionSuccess();
+        return terminalGets(before, text);
+    }
+
+    /// All that the terminal has got so far.
+    std::string terminal() const { return contents(typed()); }
+
+    /// Waits until the terminal has got this text, and nothing else, since it
+    /// had got `before`.
+    testing::AssertionResult terminalGets(const std::string& before, const std::string& text) {
+        const bool isComplete = waitUntil([&] { return terminal().size() >= before.size() + text.size(); });
+        if (isComplete && terminal() == before + text) return testing::AssertionSuccess();
         monitor().screenshot("sway-failed");
-        return testing::AssertionFailure() << "typed: " << contents(typed()).substr(before.size()) << '\n'
-                                           << desk_.describe();
+        return testing::AssertionFailure() << "typed: " << terminal().substr(before.size()) << '\n' << desk_.describe();
     }
 
 private:
@@ -200,6 +210,67 @@ TEST_F(Sway, AGrabbedKeyboardGoesOnInTheLayoutInUse) {
     quillmere().kill();
     ASSERT_TRUE(becomesFree());
     EXPECT_TRUE(types(letters, "фія"));
+}
+
+TEST_F(Sway, AGrabbedKeyboardGoesOnWithCapsLockOn) {
+    monitor().type(taps({KEY_CAPSLOCK}));
+    ASSERT_TRUE(types(letters, "ASZ"));
+    startQuillmere({.sources = layouts});
+    ASSERT_TRUE(becomesGrabbed());
+    EXPECT_TRUE(types(letters, "ASZ"));
+    // A keyboard that presses a modifier takes its own locks to all others.
+    EXPECT_TRUE(types(chord({KEY_LEFTCTRL, KEY_LEFTALT}) + letters, "ASZ"));
+    EXPECT_TRUE(types(chord({KEY_LEFTSHIFT, KEY_A}) + letters, "aASZ"));
+    monitor().type(taps({KEY_CAPSLOCK}));
+    EXPECT_TRUE(types(letters, "asz"));
+    EXPECT_TRUE(types(chord({KEY_LEFTCTRL, KEY_LEFTALT}) + letters, "asz"));
+}
+
+TEST_F(Sway, ACompositorThatStallsWhileACloneAppearsLosesNoKey) {
+    // It alone shall read the clone.
+    desk_.leaveNewDevices();
+    Service::grant(writer);
+    TapOwner owner(session());
+    ASSERT_EQ(owner.open(), "");
+    owner.answer(TapOwner::Answer::swallow);
+    compositor().signal(SIGSTOP);
+    owner.send(tap::Interest{.shortcuts = {{KEY_SPACE, tap::Flags::control}}});
+    // Longer than logind needs to look for a power button.
+    const std::string before = terminal();
+    std::string text;
+    for (int i = 0; i < 8; ++i) {
+        monitor().type(letters);
+        text += "asz";
+        holdsFor([] { return true; }, std::chrono::milliseconds(300));
+    }
+    compositor().signal(SIGCONT);
+    EXPECT_TRUE(terminalGets(before, text));
+    // It does take the clone up then.
+    EXPECT_TRUE(waitUntil([&] {
+        owner.clear();
+        monitor().type(chord({KEY_LEFTCTRL, KEY_SPACE}));
+        return waitUntil([&] { return owner.question() != 0; }, moment);
+    }));
+    desk_.clear();
+    EXPECT_TRUE(types(letters, "asz"));
+    owner.close();
+    EXPECT_TRUE(waitUntil([&] {
+        monitor().type(taps({KEY_F12}));
+        return waitUntil([&] { return !desk_.strokes().empty(); }, moment);
+    })) << desk_.describe();
+}
+
+TEST_F(Sway, ACompositorThatIsStoppedAndContinuedLosesNoKey) {
+    startQuillmere({.sources = layouts});
+    ASSERT_TRUE(becomesGrabbed());
+    ASSERT_TRUE(types(letters, "asz"));
+    const std::string before = terminal();
+    desk_.clear();
+    compositor().signal(SIGSTOP);
+    EXPECT_TRUE(arrives(letters + letters));
+    compositor().signal(SIGCONT);
+    EXPECT_TRUE(terminalGets(before, "aszasz"));
+    EXPECT_TRUE(types(letters, "asz"));
 }
 
 TEST_F(Sway, FnAloneSwitchesTheLayoutAndGrabsNothing) {

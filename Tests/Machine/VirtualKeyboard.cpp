@@ -2,7 +2,6 @@
 
 #include "Tests/Support/SupportError.h"
 
-#include <array>
 #include <cerrno>
 
 #include <fcntl.h>
@@ -29,8 +28,12 @@ void describe(int descriptor, const VirtualKeyboard::Form& form) {
         enable(descriptor, UI_SET_KEYBIT, code);
     if (form.hasWheel) {
         enable(descriptor, UI_SET_EVBIT, EV_REL);
-        enable(descriptor, UI_SET_RELBIT, REL_WHEEL);
-        enable(descriptor, UI_SET_RELBIT, REL_HWHEEL);
+        for (const int axis : {REL_WHEEL, REL_HWHEEL, REL_WHEEL_HI_RES, REL_HWHEEL_HI_RES})
+            enable(descriptor, UI_SET_RELBIT, axis);
+    }
+    if (form.hasSwitch) {
+        enable(descriptor, UI_SET_EVBIT, EV_SW);
+        enable(descriptor, UI_SET_SWBIT, SW_TABLET_MODE);
     }
     if (form.hasLeds) {
         enable(descriptor, UI_SET_EVBIT, EV_LED);
@@ -61,13 +64,18 @@ void VirtualKeyboard::type(const std::vector<KeyStroke>& strokes) {
 }
 
 void VirtualKeyboard::turnWheel(std::int32_t steps) {
-    send(EV_REL, REL_WHEEL, steps);
+    report({{.type = EV_REL, .code = REL_WHEEL, .value = steps},
+            {.type = EV_REL, .code = REL_WHEEL_HI_RES, .value = finePerStep * steps}});
 }
 
 void VirtualKeyboard::send(std::uint16_t type, std::uint16_t code, std::int32_t value) {
-    const std::array events{input_event{.type = type, .code = code, .value = value},
-                            input_event{.type = EV_SYN, .code = SYN_REPORT}};
-    if (write(descriptor_, events.data(), sizeof events) != static_cast<ssize_t>(sizeof events))
+    report({{.type = type, .code = code, .value = value}});
+}
+
+void VirtualKeyboard::report(std::vector<input_event> events) {
+    events.push_back({.type = EV_SYN, .code = SYN_REPORT});
+    const std::size_t size = events.size() * sizeof(input_event);
+    if (write(descriptor_, events.data(), size) != static_cast<ssize_t>(size))
         throw SupportError("cannot type on a virtual keyboard", errno);
 }
 

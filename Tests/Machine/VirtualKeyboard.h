@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <linux/input.h>
+
 namespace quillmere::machine {
 
 /// An input device made by the test itself: for keys that the emulated
@@ -22,6 +24,7 @@ public:
         std::vector<std::uint16_t> moreKeys;
         bool hasWheel = false;
         bool hasLeds = false;
+        bool hasSwitch = false;  ///< of a tablet's stand
     };
 
     /// Throws SupportError.
@@ -32,6 +35,7 @@ public:
 
     /// Each stroke as a report of its own.
     void type(const std::vector<KeyStroke>& strokes);
+    /// As wheels do that turn more finely than in steps: both in one report.
     void turnWheel(std::int32_t steps);
     /// One event and its report.
     void send(std::uint16_t type, std::uint16_t code, std::int32_t value);
@@ -39,7 +43,13 @@ public:
     /// Whether the computer has lit this LED.
     bool isLit(std::uint16_t led);
 
+    /// Of what a fine wheel counts, in one step of a coarse one.
+    static constexpr std::int32_t finePerStep = 120;
+
 private:
+    /// Sends these and ends the report.
+    void report(std::vector<input_event> events);
+
     int descriptor_ = -1;
     std::uint32_t lit_ = 0;
 };

@@ -25,11 +25,15 @@ constexpr std::pair<const char*, std::uint16_t> keyNames[] = {
     {"alt", KEY_LEFTALT},
     {"altgr", KEY_RIGHTALT},
     {"super", KEY_LEFTMETA},
+    {"rsuper", KEY_RIGHTMETA},
     {"caps", KEY_CAPSLOCK},
     {"fn", KEY_FN},
     {"globe", KEY_KBD_LAYOUT_NEXT},
     {"wakeup", KEY_WAKEUP},
     {"power", KEY_POWER},
+    {"sleep", KEY_SLEEP},
+    {"suspend", KEY_SUSPEND},
+    {"filler", KEY_UNKNOWN},
     {"dim", KEY_BRIGHTNESSDOWN},
     {"click", BTN_LEFT},
 };
@@ -191,6 +195,7 @@ void TapBench::plug(DeviceId device, const std::vector<std::string>& keys) {
     for (const std::string& key : keys)
         keyboard.keys.set(code(key));
     engine.addDevice(device, keyboard.keys, keyboards.now);
+    turn();
 }
 
 void TapBench::own(const std::vector<std::string>& wishes) {
@@ -213,6 +218,7 @@ void TapBench::own(const std::vector<std::string>& wishes) {
         interest.shortcuts.push_back(shortcut);
     }
     engine.attach(owner, interest, true, keyboards.now);
+    turn();
 }
 
 void TapBench::play(const std::string& words) {
@@ -220,6 +226,7 @@ void TapBench::play(const std::string& words) {
     for (std::string word; line >> word;) {
         playWord(word);
         deliver();
+        turn();
         advance(std::chrono::milliseconds(1));
     }
 }
@@ -242,6 +249,8 @@ void TapBench::playWord(const std::string& word) {
         engine.setInterest(interest, now);
     } else if (word == "leave") {
         engine.detach(now);
+    } else if (word == "reopen") {
+        engine.attach(owner, interest, true, now);
     } else if (word == "unplug") {
         engine.removeDevice(first, now);
     } else if (word == "wheel") {
@@ -264,7 +273,16 @@ void TapBench::deliver() {
 
 void TapBench::advance(Time time) {
     keyboards.now += time;
-    if (const auto deadline = engine.deadline(); deadline && *deadline <= keyboards.now) engine.tick(keyboards.now);
+    turn();
+}
+
+void TapBench::turn() {
+    // One that never came to an end would be a loop that never sleeps.
+    constexpr int manyTurns = 100;
+    for (int turns = 0; engine.deadline() && *engine.deadline() <= keyboards.now; ++turns) {
+        if (turns == manyTurns) return keyboards.faults.push_back("the engine never comes to rest");
+        engine.tick(keyboards.now);
+    }
 }
 
 }  // namespace quillmere::tap

@@ -82,6 +82,7 @@ private:
 /// | enable          | the owner turns the tap on again                          |
 /// | record, stop    | the owner begins and ends a recording                     |
 /// | leave           | the owner goes                                            |
+/// | reopen          | it opens the tap again                                    |
 /// | unplug          | the first keyboard is pulled out                          |
 /// | wheel           | it turns a wheel                                          |
 class TapBench {
@@ -105,6 +106,9 @@ public:
     /// Hands what the keyboards sent to the engine.
     void deliver();
     void advance(Time time);
+    /// Does what the engine wants done at once.
+    void turn();
+    bool isGrabbed(DeviceId device = first) { return keyboard(device).isGrabbed; }
 
     FakeKeyboards::Keyboard& keyboard(DeviceId device = first) { return keyboards.keyboards.at(device); }
 

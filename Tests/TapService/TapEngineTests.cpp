@@ -64,6 +64,48 @@ TEST_F(TapEngineTest, AKeyThatIsTypedGrabsNothing) {
     EXPECT_FALSE(bench.keyboard().isGrabbed);
 }
 
+TEST_F(TapEngineTest, NoShortcutTakesAPowerButtonOrAMouse) {
+    bench.plug(TapBench::first, {"power", "sleep", "suspend"});
+    bench.plug(TapBench::second, {"click"});
+    bench.own({"ctrl+power", "ctrl+sleep", "ctrl+suspend", "ctrl+click"});
+    EXPECT_EQ(bench.keyboard(TapBench::first).openCalls, 0);
+    EXPECT_EQ(bench.keyboard(TapBench::second).openCalls, 0);
+}
+
+TEST_F(TapEngineTest, AnInterestThatChangesAThousandTimesEndsWithTheLastOne) {
+    bench.plug(TapBench::first);
+    bench.plug(TapBench::second);
+    for (int change = 0; change < 1000; ++change) {
+        bench.interest.shortcuts = {{static_cast<std::uint16_t>(KEY_F1 + change % 10), Flags::control}};
+        if (change % 3 == 0) bench.interest.shortcuts.clear();
+        bench.engine.setInterest(bench.interest, bench.keyboards.now);
+    }
+    bench.own({"ctrl+space"});
+    EXPECT_TRUE(bench.isGrabbed(TapBench::first));
+    EXPECT_TRUE(bench.isGrabbed(TapBench::second));
+    bench.play("leave");
+    EXPECT_FALSE(bench.keyboard(TapBench::first).isOpen);
+    EXPECT_FALSE(bench.keyboard(TapBench::second).isOpen);
+}
+
+TEST_F(TapEngineTest, AfterTheChordAnotherTapWaitsForAllKeysAndThreeSeconds) {
+    bench.plug();
+    bench.own({"ctrl+space"});
+    bench.play("+backspace +esc +enter");
+    bench.own({"ctrl+space"});
+    bench.play("-enter -esc");
+    bench.advance(DeviceGrabs::freedTime);
+    EXPECT_FALSE(bench.isGrabbed());
+    bench.play("-backspace");
+    EXPECT_TRUE(bench.isGrabbed());
+
+    bench.play("+backspace +esc +enter -backspace -esc -enter");
+    bench.own({"ctrl+space"});
+    EXPECT_FALSE(bench.isGrabbed());
+    bench.advance(DeviceGrabs::freedTime);
+    EXPECT_TRUE(bench.isGrabbed());
+}
+
 TEST_F(TapEngineTest, ARecordingGrabsWhatIsThereToTypeOn) {
     bench.plug(TapBench::first, {"power", "dim"});
     bench.plug(TapBench::second, {"a"});
@@ -128,7 +170,7 @@ TEST_F(TapEngineTest, AHeldKeyCannotKeepTheGrabForEver) {
     bench.plug();
     bench.own({"ctrl+space"});
     bench.play("+a leave");
-    bench.advance(TapEngine::ungrabDeadline);
+    bench.advance(DeviceGrabs::ungrabDeadline);
     EXPECT_EQ(bench.keyboards.output, "+a -a");
     EXPECT_FALSE(bench.keyboard().isGrabbed);
     EXPECT_EQ(bench.engine.deadline(), std::nullopt);
@@ -160,6 +202,7 @@ TEST_F(TapEngineTest, EventsFromBeforeTheGrabAreNotRepeatedOnTheClone) {
     bench.keyboards.newClone = CloneState::making;
     bench.own({"ctrl+space"});
     bench.engine.cloneMade(TapBench::first, true, bench.keyboards.now);
+    bench.turn();
     ASSERT_TRUE(bench.keyboard().isGrabbed);
     const Time before = bench.keyboards.now - 1ms;
     bench.engine.handleEvent(TapBench::first, {EV_KEY, KEY_A, 1, before}, bench.keyboards.now);

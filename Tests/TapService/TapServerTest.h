@@ -43,7 +43,11 @@ protected:
         return program;
     }
     void type(const std::string& words) { machine.type(keyboard, words); }
-    bool isGrabbed() { return machine.keyboard(keyboard).isGrabbed; }
+    /// Once the service has done what it has to do.
+    bool isGrabbed() {
+        loop.run();
+        return machine.keyboard(keyboard).isGrabbed;
+    }
     void expectCutOff(const Packet& packet) {
         TapProgram program = openWithShortcut(anna, "a");
         EXPECT_TRUE(isGrabbed());
