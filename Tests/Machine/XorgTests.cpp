@@ -7,6 +7,7 @@
 #include "Tests/Support/Witness.h"
 
 #include <fstream>
+#include <functional>
 #include <memory>
 
 // The application on an X11 desktop of the real server, with the tap service.
@@ -18,8 +19,8 @@ using support::ChildProcess;
 
 constexpr const char* display = ":0";
 
-/// New keyboards, clones among them, get the layouts from here, as on an
-/// installed system.
+/// Without a word on layouts: new keyboards get the server's own, "us", and
+/// whoever wants others sets them with setxkbmap.
 constexpr const char* serverConfiguration = R"(
 Section "Device"
     Identifier "screen"
@@ -30,7 +31,6 @@ Section "InputClass"
     Identifier "keyboards"
     MatchIsKeyboard "on"
     Driver "libinput"
-    Option "XkbLayout" "us,ua,de"
 EndSection
 )";
 
@@ -52,6 +52,7 @@ protected:
         graphical_->environment()["DISPLAY"] = display;
         graphical_->environment()["XDG_SESSION_TYPE"] = "x11";
         ASSERT_TRUE(waitUntil([this] { return connect(); })) << server_->output();
+        ASSERT_EQ(ChildProcess::run(graphical_->program("setxkbmap", {"setxkbmap", "us,ua,de"})), 0);
         manager_.emplace(graphical_->folder(), graphical_->environment(), *connection_);
         witness_ = std::make_unique<support::Witness>(display, support::Witness::Size::normal);
     }
@@ -79,6 +80,16 @@ protected:
                                            << desk_.describe() << graphical_->quillmere().output();
     }
 
+    /// Types the shortcut until this layout is the one in use: what the
+    /// application does for the first time may take it too long.
+    bool comesTo(int layout) {
+        return waitUntil([&] {
+            witness_->clear();
+            shortcut();
+            return waitUntil([&] { return witness_->groups() == std::vector{layout}; }, moment);
+        });
+    }
+
     testing::AssertionResult types(const std::string& text) {
         witness_->clear();
         monitor().type(taps({KEY_A, KEY_S, KEY_Z}));
@@ -87,6 +98,9 @@ protected:
     }
 
     support::Witness& witness() { return *witness_; }
+
+    /// What `switches` is to type, most of the time.
+    const std::function<void()> shortcut = [] { monitor().type(chord({KEY_LEFTCTRL, KEY_LEFTALT, KEY_SPACE})); };
 
 private:
     bool connect() {
@@ -109,17 +123,31 @@ const std::vector<std::string> layouts{"xkb:us", "xkb:ua", "xkb:de"};
 
 }  // namespace
 
-TEST_F(Xorg, AShortcutSwitchesTheLayoutThatAnApplicationTypesIn) {
+TEST_F(Xorg, AShortcutSwitchesTheLayoutsThatSetxkbmapHasSet) {
     startQuillmere({{.sources = layouts}});
-    ASSERT_TRUE(becomesGrabbed());
     EXPECT_TRUE(types("asz"));
-    const auto shortcut = [] { monitor().type(chord({KEY_LEFTCTRL, KEY_LEFTALT, KEY_SPACE})); };
-    EXPECT_TRUE(switches(shortcut, 1));
+    ASSERT_TRUE(comesTo(1));
     EXPECT_TRUE(types("фія"));
     EXPECT_TRUE(switches(shortcut, 2));
     EXPECT_TRUE(types("asy"));
     EXPECT_FALSE(witness().saw(support::keys::space));
+    // The service has taken no keyboard, whose layouts would be others.
+    EXPECT_TRUE(becomesFree());
+    EXPECT_TRUE(desk_.clones().empty());
     monitor().screenshot("xorg");
+}
+
+TEST_F(Xorg, ASecondKeyboardLeavesTheLayoutsOfTheFirstAlone) {
+    startQuillmere({{.keyCode = 63, .modifiers = 0, .sources = layouts}, {.sources = layouts}});
+    EXPECT_TRUE(types("asz"));
+    ASSERT_TRUE(comesTo(0));
+    const VirtualKeyboard second({.name = "Second keyboard", .moreKeys = {KEY_FN}});
+    ASSERT_TRUE(waitUntil([&] { return desk_.originals().contains("Second keyboard"); }));
+    EXPECT_TRUE(switches(shortcut, 1));
+    EXPECT_TRUE(types("фія"));
+    EXPECT_TRUE(switches(shortcut, 2));
+    EXPECT_TRUE(types("asy"));
+    EXPECT_TRUE(desk_.clones().empty());
 }
 
 TEST_F(Xorg, FnAloneSwitchesTheLayoutAndGrabsNothing) {

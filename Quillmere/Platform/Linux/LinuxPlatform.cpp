@@ -11,6 +11,7 @@
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
 #include "Quillmere/Platform/Linux/Tap/X11/X11EventTap.h"
+#include "Quillmere/Platform/Linux/Tap/X11FirstEventTap.h"
 #include "Quillmere/Platform/Platform.h"
 #include "Quillmere/Platform/Qt/QtMainQueue.h"
 
@@ -23,32 +24,46 @@ namespace quillmere {
 
 namespace {
 
-/// How long the start may wait for the key-tap service. An X server's own tap
-/// does until it is there. A Wayland desktop has none: before the service has
-/// answered nothing can be switched, and to ask the user for the permission
-/// would be wrong most of the time.
-std::chrono::seconds serviceWait(const LinuxSession& session) {
-    return std::chrono::seconds(session.hasWayland ? 10 : 2);
+/// How long the start may wait for the key-tap service where it is the tap: a
+/// Wayland desktop has none of its own. Before the service has answered nothing
+/// can be switched, and to ask the user for the permission would be wrong most
+/// of the time.
+constexpr std::chrono::seconds serviceWait(10);
+/// The bus's own limit for starting a service that nobody waits for.
+constexpr std::chrono::seconds serviceStart(25);
+
+std::unique_ptr<ServiceEventTap> makeServiceTap(std::chrono::seconds firstWait) {
+    return std::make_unique<ServiceEventTap>(QDBusConnection::systemBus(), firstWait);
+}
+
+std::unique_ptr<EventTap> makeX11Tap() {
+    return std::make_unique<X11FirstEventTap>(std::make_unique<X11EventTap>(),
+                                              [] { return makeServiceTap(serviceStart); });
+}
+
+std::unique_ptr<EventTap> makeWaylandTap(ServicePermissionRequest& permissionRequest) {
+    auto service = makeServiceTap(serviceWait);
+    // Or the next probe would only ask, and the one after that find the answer.
+    permissionRequest.onGranted = [tap = QPointer(service.get())] {
+        if (tap) tap->request();
+    };
+    return std::make_unique<FallbackEventTap>(std::move(service), std::make_unique<X11EventTap>());
 }
 
 }  // namespace
 
 Platform makePlatform() {
-    // First, since the service may have to be started meanwhile.
-    auto serviceTap =
-        std::make_unique<ServiceEventTap>(QDBusConnection::systemBus(), serviceWait(LinuxSession::current()));
+    const LinuxSession session = LinuxSession::current();
     auto workspace = std::make_unique<DesktopWorkspace>();
     auto permissionRequest =
         std::make_unique<ServicePermissionRequest>(*workspace, ServicePermissionRequest::standardDocumentation());
-    // Or the next probe would only ask, and the one after that find the answer.
-    permissionRequest->onGranted = [tap = QPointer(serviceTap.get())] {
-        if (tap) tap->request();
-    };
+    // First, since the service may have to be started meanwhile.
+    auto eventTap = session.hasX11 && !session.hasWayland ? makeX11Tap() : makeWaylandTap(*permissionRequest);
     return {
         .mainQueue = std::make_unique<QtMainQueue>(),
         .userDefaults = std::make_unique<SqliteDefaults>(SqliteDefaults::standardFile()),
         .inputSources = makeLinuxInputSources(),
-        .eventTap = std::make_unique<FallbackEventTap>(std::move(serviceTap), std::make_unique<X11EventTap>()),
+        .eventTap = std::move(eventTap),
         .platePanel = std::make_unique<X11PlatePanel>(),
         .appearance = std::make_unique<PortalAppearance>(),
         .trayHost = std::make_unique<StatusNotifierHost>(),
