@@ -234,11 +234,14 @@ TEST_F(AppDelegateTest, ColoursFollowTheSystem) {
     EXPECT_TRUE(Palette::isDark());
 }
 
-TEST_F(AppDelegateTest, NothingIsWrittenByStartingAlone) {
+TEST_F(AppDelegateTest, StartingAloneWritesTheUpdateSettingBackAndNothingElse) {
+    system.defaults.remove("config");
+    const int writes = system.defaults.writes();
     launch();
     system.queue.advance(29);
-    EXPECT_EQ(system.defaults.writes(), 0);
-    EXPECT_EQ(system.defaults.count(), 0U);
+    EXPECT_EQ(system.defaults.writes(), writes + 1);
+    EXPECT_EQ(system.defaults.boolean("updateAutomatic"), true);
+    EXPECT_EQ(system.defaults.count(), 1U);
 }
 
 }  // namespace
