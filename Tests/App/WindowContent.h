@@ -5,8 +5,8 @@
 #include <QLabel>
 #include <QWidget>
 
-#include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -20,15 +20,16 @@ namespace quillmere {
 /// right.
 template <class Widget>
 std::vector<Widget*> shown(const QWidget& root) {
-    std::vector<Widget*> found;
+    std::multimap<std::pair<int, int>, Widget*> places;
     for (QWidget* const widget : root.findChildren<QWidget*>()) {
         auto* const match = dynamic_cast<Widget*>(widget);
-        if (match && match->isVisible()) found.push_back(match);
+        if (!match || !match->isVisible()) continue;
+        const QPoint place = match->mapTo(&root, QPoint());
+        places.emplace(std::pair(place.y(), place.x()), match);
     }
-    std::ranges::stable_sort(found, {}, [&root](const QWidget* widget) {
-        const QPoint place = widget->mapTo(&root, QPoint());
-        return std::pair(place.y(), place.x());
-    });
+    std::vector<Widget*> found;
+    for (const auto& [place, widget] : places)
+        found.push_back(widget);
     return found;
 }
 

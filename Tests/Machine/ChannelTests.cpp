@@ -1,5 +1,6 @@
 #include "Tests/Machine/TapTest.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -164,6 +165,13 @@ TEST_F(Channel, IsDisabledForGoodByBackspaceEscapeAndEnterHeldTogether) {
         return false;
     };
     EXPECT_TRUE(isUserInput());
+    // The last of what the clone has to say, which is read apart from the
+    // keyboard's own.
+    EXPECT_TRUE(waitUntil([&] {
+        return std::ranges::any_of(desk_.events(), [](const DeskEvent& event) {
+            return event.isFromClone && event.code == KEY_ENTER && event.value == 0;
+        });
+    }));
     EXPECT_TRUE(becomesFree());
     owner().send(tap::Enable{});
     owner().send(interest);

@@ -56,12 +56,15 @@ void Service::upgrade() {
     const std::filesystem::path newer = program.string() + ".new";
     std::filesystem::copy_file(program, newer);
     std::filesystem::rename(newer, program);
-    const int status = support::ChildProcess::run({.arguments = {"systemctl", "restart", "quillmere-tapd.service"},
-                                                   .environment = support::baseEnvironment("/"),
-                                                   .output = {},
-                                                   .inheritedDescriptors = {},
-                                                   .prepare = {}});
+    const std::filesystem::path old = "/proc/" + std::to_string(pid());
+    const int status =
+        support::ChildProcess::run({.arguments = {"systemctl", "--no-block", "restart", "quillmere-tapd.service"},
+                                    .environment = support::baseEnvironment("/"),
+                                    .output = {},
+                                    .inheritedDescriptors = {},
+                                    .prepare = {}});
     if (status != 0) throw SupportError("the service does not restart");
+    if (!waitUntil([&] { return !std::filesystem::exists(old); })) throw SupportError("the old service does not end");
 }
 
 std::size_t Service::openFiles() {

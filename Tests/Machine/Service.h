@@ -21,6 +21,7 @@ public:
     void start();
     void signal(int number);
     /// As a package does: another file in the program's place, and a restart.
+    /// Returns when the old one has ended.
     void upgrade();
     /// How many files it has open.
     std::size_t openFiles();
