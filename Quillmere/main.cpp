@@ -5,6 +5,9 @@
 #include <cstdlib>
 
 int main(int argc, char** argv) {
+    // Not the desktop's, which would bring its own looks into what the program
+    // leaves to Qt, and differ from system to system.
+    QApplication::setStyle(QStringLiteral("Fusion"));
     const auto application = quillmere::makeApplication(argc, argv);
     QApplication::setApplicationName("Quillmere");
     QApplication::setDesktopFileName("quillmere");
@@ -24,5 +27,5 @@ int main(int argc, char** argv) {
     // Not through Qt's own end, which waits for a name look-up that is under
     // way: ten seconds when no name server answers. All that has to be left in
     // order went with the delegate.
-    std::quick_exit(status);
+    std::_Exit(status);
 }

@@ -7,6 +7,9 @@
 #include <charconv>
 #include <cmath>
 #include <exception>
+#include <locale>
+#include <sstream>
+#include <string>
 #include <utility>
 
 namespace quillmere::json {
@@ -14,6 +17,22 @@ namespace quillmere::json {
 namespace {
 
 namespace bj = boost::json;
+
+// The double nearest to the number's text; out of range the approximation,
+// which is then an infinity or a zero. Not every standard library can read one
+// with from_chars.
+template <class Double>
+Double nearest(const std::string& text, Double approximation) {
+    Double value = approximation;
+    if constexpr (requires { std::from_chars(text.data(), text.data(), value); }) {
+        std::from_chars(text.data(), text.data() + text.size(), value);
+    } else {
+        std::istringstream stream(text);
+        stream.imbue(std::locale::classic());
+        if (!(stream >> value)) return approximation;
+    }
+    return value;
+}
 
 // Builds the document from the parser's events. The library's own builder is
 // not used because it reads about one number with a fraction in ten a last bit
@@ -71,11 +90,8 @@ public:
     }
     bool on_double(double approximation, bj::string_view text, bj::error_code&) {
         number_ += text;
-        double value = approximation;
-        // Out of range leaves the approximation: an infinity or a zero.
-        std::from_chars(number_.data(), number_.data() + number_.size(), value);
+        stack_.push_double(nearest(number_, approximation));
         number_.clear();
-        stack_.push_double(value);
         return true;
     }
     bool on_bool(bool value, bj::error_code&) {

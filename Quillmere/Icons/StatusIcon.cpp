@@ -16,6 +16,9 @@ namespace quillmere {
 namespace {
 
 constexpr double designSize = 20;
+// Points that Qt gives an icon in the macOS menu bar, 22 high: enough for the
+// spiral, without the design's margin.
+constexpr int menuBarRoom = 18;
 constexpr int barCount = 5;
 constexpr double firstAngle = 3.2986722862692828;  // 1.05 pi
 constexpr double angleStep = 1.1;
@@ -122,6 +125,19 @@ QIcon StatusIcon::make(const QColor& color, bool dimmed, bool isForTintingTray) 
     };
     return DrawnIcon::make({16, 20, 22, 24, 32, 40, 44, 48, 64}, drawIcon,
                            isForTintingTray ? installedName(dimmed) : QString());
+}
+
+QIcon StatusIcon::makeTemplate(bool dimmed) {
+    const auto drawSpiral = [dimmed](QPainter& painter, const QRect& rect) {
+        if (dimmed) painter.setOpacity(painter.opacity() * dimmedOpacity);
+        const double side = rect.width() * designSize / menuBarRoom;
+        QRectF design(0, 0, side, side);
+        design.moveCenter(QRectF(rect).center());
+        draw(painter, design, Qt::black);
+    };
+    QIcon icon = DrawnIcon::make({menuBarRoom, 2 * menuBarRoom}, drawSpiral);
+    icon.setIsMask(true);
+    return icon;
 }
 
 }  // namespace quillmere

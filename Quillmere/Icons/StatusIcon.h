@@ -19,4 +19,8 @@ void draw(QPainter& painter, const QRectF& rect, const QColor& color);
 /// tints symbolic icons it has the name of one, where the icon themes have it.
 QIcon make(const QColor& color, bool dimmed, bool isForTintingTray);
 
+/// The icon for the macOS menu bar, at its true size at 1× and 2×: a template,
+/// black, which the system tints; dimmed while switching is turned off.
+QIcon makeTemplate(bool dimmed);
+
 }  // namespace quillmere::StatusIcon

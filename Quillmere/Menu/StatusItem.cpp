@@ -55,7 +55,10 @@ void StatusItem::buildMenu() {
 
     menu_->addSeparator();
     auto* quit = menu_->addAction(QStringLiteral("Quit Quillmere"));
-    quit->setMenuRole(QAction::QuitRole);
+    // With another role, or one that is guessed from the text, macOS would have
+    // the entry in the menu of the application, which is never seen.
+    for (auto* const entry : {settings, quit})
+        entry->setMenuRole(QAction::NoRole);
     connect(quit, &QAction::triggered, this, [this] { actions_.quit(); });
     addKeyEquivalent(*quit, Qt::CTRL | Qt::Key_Q);
 
@@ -88,9 +91,11 @@ void StatusItem::showInTray() {
     icon_ = std::make_unique<QSystemTrayIcon>();
     icon_->setToolTip(QStringLiteral("Quillmere"));
     icon_->setContextMenu(menu_.get());
-    connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger) openMenu();
-    });
+    if (!trayHost_.isMenuBar()) {
+        connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+            if (reason == QSystemTrayIcon::Trigger) openMenu();
+        });
+    }
     updateIcon();
     icon_->show();
 }
@@ -103,8 +108,10 @@ void StatusItem::openMenu() const {
 
 void StatusItem::updateIcon() {
     if (!icon_) return;
-    icon_->setIcon(
-        StatusIcon::make(iconColor(appearance_.isDark()), !model_.config().active, trayHost_.tintsSymbolicIcons()));
+    const bool dimmed = !model_.config().active;
+    icon_->setIcon(trayHost_.isMenuBar()
+                       ? StatusIcon::makeTemplate(dimmed)
+                       : StatusIcon::make(iconColor(appearance_.isDark()), dimmed, trayHost_.tintsSymbolicIcons()));
 }
 
 }  // namespace quillmere

@@ -1,5 +1,6 @@
 #include "Quillmere/Permission/PermissionWindow.h"
 
+#include "Quillmere/Palette.h"
 #include "Quillmere/Permission/PermissionView.h"
 
 #include <QCoreApplication>
@@ -33,6 +34,7 @@ void PermissionWindow::show() {
     delete window_;
     window_ = new Window(Window::Kind::fixed, QStringLiteral("Quillmere needs permission"),
                          new PermissionView(model_, actions));
+    workspace_.blendTitleBar(*window_, Palette::window().light, Palette::window().dark);
     workspace_.bringToFront(*window_);
 }
 

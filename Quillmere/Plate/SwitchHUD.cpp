@@ -84,10 +84,11 @@ SwitchHUD::SwitchHUD(PlatePanel& panel, MainQueue& queue, bool glassAvailable)
 void SwitchHUD::show(const std::vector<std::string>& names, int selected, const PlateSettings& settings) {
     // Asked once: the keyboard may go to a window on another monitor meanwhile.
     const QRectF visibleFrame = panel_.visibleFrame();
-    auto content = plate(rows(names, selected, visibleFrame.width()), settings);
+    const auto behind = material(settings);
+    auto content = plate(rows(names, selected, visibleFrame.width()), settings, behind);
     const auto size = content->size();
     auto& shown = *content;
-    panel_.setContent(content.release());
+    panel_.setContent(content.release(), behind);
     place(size, visibleFrame);
     hideWork_.reset();
     panel_.setAlpha(1);
@@ -119,7 +120,20 @@ std::unique_ptr<QWidget> SwitchHUD::rows(const std::vector<std::string>& names, 
     return content;
 }
 
-std::unique_ptr<QWidget> SwitchHUD::plate(std::unique_ptr<QWidget> content, const PlateSettings& settings) const {
+PlateMaterial SwitchHUD::material(const PlateSettings& settings) const {
+    const bool wantsGlass = settings.resolvedBackground(glassAvailable_) == PlateBackground::glass;
+    if (!wantsGlass || !panel_.isTranslucent()) return {};
+    if (!glassAvailable_) return {.kind = PlateMaterial::Kind::blur, .cornerRadius = PlatePanel::cornerRadius};
+    const double opacity = settings.resolvedOpacity(glassAvailable_);
+    return {.kind = PlateMaterial::Kind::glass,
+            .cornerRadius = PlatePanel::cornerRadius,
+            .tint = Palette::card().withAlpha(opacity).resolved(Palette::isDark())};
+}
+
+std::unique_ptr<QWidget> SwitchHUD::plate(std::unique_ptr<QWidget> content, const PlateSettings& settings,
+                                          const PlateMaterial& material) const {
+    // Glass is tinted as the card would be, and edged by itself.
+    if (material.kind == PlateMaterial::Kind::glass) return content;
     const auto bounds = content->rect();
     auto container = std::make_unique<QWidget>();
     container->resize(bounds.size());

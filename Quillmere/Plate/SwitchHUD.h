@@ -28,7 +28,9 @@ public:
 
 private:
     std::unique_ptr<QWidget> rows(const std::vector<std::string>& names, int selected, double screenWidth) const;
-    std::unique_ptr<QWidget> plate(std::unique_ptr<QWidget> content, const PlateSettings& settings) const;
+    PlateMaterial material(const PlateSettings& settings) const;
+    std::unique_ptr<QWidget> plate(std::unique_ptr<QWidget> content, const PlateSettings& settings,
+                                   const PlateMaterial& material) const;
     void place(const QSize& size, const QRectF& visibleFrame);
     void announce(QWidget& plate) const;
     void scheduleHide();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Quillmere/Platform/PlateMaterial.h"
+
 #include <QRectF>
 #include <QtGlobal>
 
@@ -23,9 +25,9 @@ public:
     PlatePanel& operator=(const PlatePanel&) = delete;
     virtual ~PlatePanel() = default;
 
-    /// Replaces the content; the panel takes ownership. The content fills the
-    /// panel.
-    virtual void setContent(QWidget* content) = 0;
+    /// Replaces the content, and what lies behind it; the panel takes ownership.
+    /// The content fills the panel.
+    virtual void setContent(QWidget* content, const PlateMaterial& material) = 0;
 
     /// Position and size on the screen.
     virtual void setFrame(const QRectF& frame) = 0;

@@ -16,6 +16,10 @@ public:
     /// colour of text. Elsewhere such an icon may well be black on black.
     virtual bool tintsSymbolicIcons() const { return false; }
 
+    /// True for a menu bar: it tints the icons itself, as it does its own, and a
+    /// click on one opens its menu without the program's help.
+    virtual bool isMenuBar() const = 0;
+
 signals:
     /// The tray has come up; sent at most once.
     void becameAvailable();

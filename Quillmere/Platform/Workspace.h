@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+class QColor;
 class QUrl;
 class QWidget;
 
@@ -24,6 +25,11 @@ public:
 
     /// The user's languages, the preferred one first, as "en-GB" or "uk_UA".
     virtual std::vector<std::string> preferredLanguages() const = 0;
+
+    /// Makes the title bar one surface with the window's background, which is
+    /// `light` or, in dark appearance, `dark`; nothing where programs have no say
+    /// in it. Once, before the window is shown.
+    virtual void blendTitleBar(QWidget& window, const QColor& light, const QColor& dark) = 0;
 
     /// Activates the program and brings this window to the front.
     virtual void bringToFront(QWidget& window) = 0;

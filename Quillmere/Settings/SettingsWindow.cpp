@@ -1,5 +1,6 @@
 #include "Quillmere/Settings/SettingsWindow.h"
 
+#include "Quillmere/Palette.h"
 #include "Quillmere/Settings/SettingsView.h"
 
 namespace quillmere {
@@ -23,6 +24,7 @@ void SettingsWindow::makeWindow() {
     window_->windowWillClose = [this] {
         if (windowWillClose) windowWillClose();
     };
+    workspace_.blendTitleBar(*window_, Palette::window().light, Palette::window().dark);
 }
 
 }  // namespace quillmere

@@ -1,5 +1,6 @@
 #include "Quillmere/Updates/UpdateWindow.h"
 
+#include "Quillmere/Palette.h"
 #include "Quillmere/Updates/UpdateView.h"
 
 #include <QGuiApplication>
@@ -38,6 +39,7 @@ void UpdateWindow::show(const UpdateOffer& offer) {
     view->fit(QGuiApplication::primaryScreen()->availableGeometry().height() - decoration);
     window_ = new Window(Window::Kind::fixed, updateTitle(offer.version), view);
     window_->windowWillClose = [this] { windowWillClose(); };
+    workspace_.blendTitleBar(*window_, Palette::window().light, Palette::window().dark);
     window_->show();
     workspace_.bringToFront(*window_);
 }

@@ -77,6 +77,7 @@ TEST_F(PermissionWindowTest, ComesToTheFrontInTheMiddleOfTheScreen) {
     shown.show();
     EXPECT_TRUE(window().isVisible());
     EXPECT_EQ(workspace.broughtToFront, std::vector<QWidget*>{&window()});
+    EXPECT_EQ(workspace.blended, std::vector<QWidget*>{&window()});
     const QPoint middle = QGuiApplication::primaryScreen()->availableGeometry().center();
     EXPECT_LE((window().geometry().center() - middle).manhattanLength(), 8);
 }

@@ -58,6 +58,7 @@ TEST_F(SettingsViewTest, ItOpensOnLayoutsEachTimeInTheSameWindow) {
     EXPECT_EQ(settings->tab(), SettingsTab::layouts);
     EXPECT_TRUE(showsLayouts());
     EXPECT_EQ(workspace.broughtToFront, std::vector<QWidget*>({first, first}));
+    EXPECT_EQ(workspace.blended, std::vector<QWidget*>{first});
 }
 
 TEST_F(SettingsViewTest, OpeningAgainWhileOpenGoesBackToLayouts) {

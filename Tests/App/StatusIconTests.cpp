@@ -10,6 +10,7 @@
 #include <QPixmap>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
@@ -165,6 +166,37 @@ TEST_F(StatusIconTest, TheIconIsNamedOnceTheIconThemesHaveIt) {
     EXPECT_EQ(StatusIcon::make(Qt::black, true, true).name(), "quillmere-inactive-symbolic");
     EXPECT_EQ(StatusIcon::make(Qt::black, false, false).name(), "") << "the tray would show it black";
     qunsetenv("XDG_DATA_HOME");
+}
+
+TEST_F(StatusIconTest, TheMenuBarGetsABlackTemplateAtTheDesignsOwnScale) {
+    const auto icon = StatusIcon::makeTemplate(false);
+    EXPECT_TRUE(icon.isMask());
+    EXPECT_EQ(icon.availableSizes(), (QList<QSize>{{18, 18}, {36, 36}}));
+    for (const int side : {18, 36}) {
+        const auto drawn = icon.pixmap(QSize(side, side), 1.0).toImage().convertToFormat(QImage::Format_ARGB32);
+        // The 20 points of the design, less a margin of one on every side.
+        QImage design(side / 18 * 20, side / 18 * 20, QImage::Format_ARGB32_Premultiplied);
+        design.fill(Qt::transparent);
+        QPainter painter(&design);
+        StatusIcon::draw(painter, QRectF(design.rect()), Qt::black);
+        painter.end();
+        const int margin = side / 18;
+        EXPECT_EQ(drawn, design.convertToFormat(QImage::Format_ARGB32).copy(margin, margin, side, side)) << side;
+    }
+    EXPECT_FALSE(StatusIcon::make(Qt::black, false, false).isMask());
+}
+
+TEST_F(StatusIconTest, TheTemplateIsDimmedWhenAsked) {
+    const auto strongest = [](const QIcon& icon) {
+        const QImage image = icon.pixmap(QSize(36, 36), 1.0).toImage();
+        int alpha = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                alpha = std::max(alpha, image.pixelColor(x, y).alpha());
+        return alpha;
+    };
+    EXPECT_EQ(strongest(StatusIcon::makeTemplate(false)), 255);
+    EXPECT_EQ(strongest(StatusIcon::makeTemplate(true)), 102);
 }
 
 TEST_F(StatusIconTest, TheIconHasTheGivenColorAndIsDimmedWhenAsked) {

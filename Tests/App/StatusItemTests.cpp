@@ -182,5 +182,27 @@ TEST_F(StatusItemTest, ALeftClickOpensTheMenu) {
     item->menu().close();
 }
 
+TEST_F(StatusItemTest, AMenuBarOpensTheMenuAndTintsTheIconItself) {
+    trayHost.menuBar = true;
+    trayHost.comeUp();
+    appearance.setDark(true);
+    const auto item = makeItem();
+    EXPECT_TRUE(item->trayIcon()->icon().isMask());
+    EXPECT_EQ(ink(*item), QColor(0, 0, 0, 255));
+    QMetaObject::invokeMethod(const_cast<QSystemTrayIcon*>(item->trayIcon()), "activated",
+                              Q_ARG(QSystemTrayIcon::ActivationReason, QSystemTrayIcon::Trigger));
+    EXPECT_FALSE(item->menu().isVisible()) << "it would be open twice";
+    setActive(false);
+    EXPECT_LT(ink(*item).alpha(), 140);
+    EXPECT_TRUE(item->trayIcon()->icon().isMask());
+}
+
+TEST_F(StatusItemTest, NoEntryIsOneThatTheSystemWouldTakeOutOfTheMenu) {
+    const auto item = makeItem();
+    const auto actions = item->menu().actions();
+    EXPECT_EQ(actions[1]->menuRole(), QAction::NoRole);
+    EXPECT_EQ(actions[3]->menuRole(), QAction::NoRole);
+}
+
 }  // namespace
 }  // namespace quillmere

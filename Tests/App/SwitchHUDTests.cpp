@@ -220,10 +220,36 @@ TEST_F(SwitchHUDTest, TheBackgroundIsTheCardAtTheResolvedOpacity) {
     }
 }
 
-TEST_F(SwitchHUDTest, WithGlassAvailableTheDefaultOpacityIsThatOfGlass) {
+TEST_F(SwitchHUDTest, WhereThereIsGlassItStandsForTheCardAndHasItsTint) {
     SwitchHUD glassHud(panel, queue, true);
-    glassHud.show({"A"}, 0, settings);
+    for (const bool isDark : {false, true}) {
+        Palette::setDark(isDark);
+        glassHud.show({"A"}, 0, settings);
+        const QColor tint = Palette::card().withAlpha(0.7).resolved(isDark);
+        EXPECT_EQ(panel.material(), (PlateMaterial{PlateMaterial::Kind::glass, 26, tint}));
+        EXPECT_EQ(render().pixelColor(122, 2).alpha(), 0) << "no card is painted under glass";
+        EXPECT_GT(render().pixelColor(20, 38).alpha(), 0) << "the selected row is";
+    }
+}
+
+TEST_F(SwitchHUDTest, GlassThatTheSystemLacksIsABlurUnderTheCard) {
+    settings = PlateSettings(PlateVisibility::always, PlateBackground::glass);
+    show({"A"});
+    EXPECT_EQ(panel.material(), (PlateMaterial{.kind = PlateMaterial::Kind::blur, .cornerRadius = 26}));
     EXPECT_EQ(background().fill(), Palette::card().withAlpha(0.7));
+    panel.translucent = false;
+    show({"A"});
+    EXPECT_EQ(panel.material(), PlateMaterial()) << "nothing shows through an opaque plate";
+}
+
+TEST_F(SwitchHUDTest, ASolidPlateHasNothingBehindIt) {
+    settings = PlateSettings(PlateVisibility::always, PlateBackground::solid);
+    for (const bool glassAvailable : {false, true}) {
+        SwitchHUD solidHud(panel, queue, glassAvailable);
+        solidHud.show({"A"}, 0, settings);
+        EXPECT_EQ(panel.material(), PlateMaterial());
+        EXPECT_EQ(background().fill(), Palette::card().withAlpha(0.8));
+    }
 }
 
 TEST_F(SwitchHUDTest, ThePictureHasThePalettesColors) {

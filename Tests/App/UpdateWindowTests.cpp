@@ -73,6 +73,7 @@ TEST_F(UpdateWindowTest, ComesToTheFront) {
     shown.show(offer());
     EXPECT_TRUE(shown.window()->isVisible());
     EXPECT_EQ(workspace.broughtToFront, std::vector<QWidget*>{shown.window()});
+    EXPECT_EQ(workspace.blended, std::vector<QWidget*>{shown.window()});
 }
 
 TEST_F(UpdateWindowTest, HasAnIconATitleAndACloseButtonAndKeepsItsSize) {

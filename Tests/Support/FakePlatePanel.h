@@ -25,8 +25,9 @@ public:
         bool overtaken = false;
     };
 
-    void setContent(QWidget* content) override {
+    void setContent(QWidget* content, const PlateMaterial& material) override {
         calls.emplace_back("setContent");
+        material_ = material;
         content_.reset(content);
     }
 
@@ -77,6 +78,7 @@ public:
     }
 
     QWidget* content() const { return content_.get(); }
+    const PlateMaterial& material() const { return material_; }
     const QRectF& frame() const { return frame_; }
     bool isVisible() const { return isVisible_; }
     const std::deque<Fade>& fades() const { return fades_; }
@@ -93,6 +95,7 @@ private:
     }
 
     std::unique_ptr<QWidget> content_;
+    PlateMaterial material_;
     QRectF frame_;
     double alpha_ = 1;
     bool isVisible_ = false;

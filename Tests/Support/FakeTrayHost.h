@@ -17,8 +17,10 @@ public:
     std::function<void()> onAsked;  ///< whenever an icon's maker asks, before the answer
 
     bool tintsSymbolicIcons() const override { return isTinting; }
+    bool isMenuBar() const override { return menuBar; }
 
     bool isTinting = false;
+    bool menuBar = false;
 
     void comeUp() {
         isAvailable_ = true;

@@ -19,6 +19,9 @@ public:
     }
     void beep() override { ++beeps; }
     std::vector<std::string> preferredLanguages() const override { return languages; }
+    void blendTitleBar(QWidget& window, const QColor& /*light*/, const QColor& /*dark*/) override {
+        blended.push_back(&window);
+    }
     void bringToFront(QWidget& window) override {
         window.show();
         broughtToFront.push_back(&window);
@@ -28,6 +31,7 @@ public:
     bool hasHandler = true;  ///< for addresses
     int beeps = 0;
     std::vector<std::string> languages{"en"};
+    std::vector<QWidget*> blended;
     std::vector<QWidget*> broughtToFront;
 };
 

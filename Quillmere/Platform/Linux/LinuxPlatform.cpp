@@ -1,5 +1,4 @@
 #include "Quillmere/Platform/Linux/Desktop/DesktopLoginItem.h"
-#include "Quillmere/Platform/Linux/Desktop/DesktopWorkspace.h"
 #include "Quillmere/Platform/Linux/Desktop/InfoBundle.h"
 #include "Quillmere/Platform/Linux/Desktop/PortalAppearance.h"
 #include "Quillmere/Platform/Linux/Desktop/SqliteDefaults.h"
@@ -14,6 +13,7 @@
 #include "Quillmere/Platform/Linux/Tap/X11FirstEventTap.h"
 #include "Quillmere/Platform/Platform.h"
 #include "Quillmere/Platform/Qt/QtMainQueue.h"
+#include "Quillmere/Platform/Qt/QtWorkspace.h"
 
 #include <QPointer>
 
@@ -54,7 +54,7 @@ std::unique_ptr<EventTap> makeWaylandTap(ServicePermissionRequest& permissionReq
 
 Platform makePlatform() {
     const LinuxSession session = LinuxSession::current();
-    auto workspace = std::make_unique<DesktopWorkspace>();
+    auto workspace = std::make_unique<QtWorkspace>();
     auto permissionRequest =
         std::make_unique<ServicePermissionRequest>(*workspace, ServicePermissionRequest::standardDocumentation());
     // First, since the service may have to be started meanwhile.

@@ -23,6 +23,7 @@ public:
     bool isAvailable() const override { return isAvailable_; }
     /// True on the desktops whose panels are known to: no panel says so.
     bool tintsSymbolicIcons() const override;
+    bool isMenuBar() const override { return false; }
 
 private:
     class SelectionFilter;

@@ -68,7 +68,7 @@ X11PlatePanel::X11PlatePanel()
 
 X11PlatePanel::~X11PlatePanel() = default;
 
-void X11PlatePanel::setContent(QWidget* content) {
+void X11PlatePanel::setContent(QWidget* content, const PlateMaterial& /*material*/) {
     delete std::exchange(content_, content);
     content->setParent(shadow_);
     content->show();

@@ -23,7 +23,7 @@ public:
     X11PlatePanel();
     ~X11PlatePanel() override;
 
-    void setContent(QWidget* content) override;
+    void setContent(QWidget* content, const PlateMaterial& material) override;
     void setFrame(const QRectF& frame) override;
     QRectF visibleFrame() const override;
     void setAlpha(double alpha) override;

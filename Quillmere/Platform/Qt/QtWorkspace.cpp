@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/Desktop/DesktopWorkspace.h"
+#include "Quillmere/Platform/Qt/QtWorkspace.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -8,22 +8,24 @@
 
 namespace quillmere {
 
-bool DesktopWorkspace::open(const QUrl& url) {
+bool QtWorkspace::open(const QUrl& url) {
     return QDesktopServices::openUrl(url);
 }
 
-void DesktopWorkspace::beep() {
+void QtWorkspace::beep() {
     QApplication::beep();
 }
 
-std::vector<std::string> DesktopWorkspace::preferredLanguages() const {
+std::vector<std::string> QtWorkspace::preferredLanguages() const {
     std::vector<std::string> languages;
     for (const QString& language : QLocale::system().uiLanguages())
         languages.push_back(language.toStdString());
     return languages;
 }
 
-void DesktopWorkspace::bringToFront(QWidget& window) {
+void QtWorkspace::blendTitleBar(QWidget& /*window*/, const QColor& /*light*/, const QColor& /*dark*/) {}
+
+void QtWorkspace::bringToFront(QWidget& window) {
     window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
     window.show();
     window.raise();
