@@ -1,0 +1,12 @@
+#include "Quillmere/Platform/Application.h"
+#include "Tests/Mac/LeakCheck.h"
+
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    testing::InitGoogleTest(&argc, argv);
+    const auto application = quillmere::makeApplication(argc, argv);
+    testing::UnitTest::GetInstance()->listeners().Append(new quillmere::LeakCheck);
+    return RUN_ALL_TESTS();
+}
