@@ -36,7 +36,7 @@ std::vector<std::string> sessionsOfSeat() {
     std::vector<std::string> result;
     for (char** name = names; *name != nullptr; ++name)
         result.emplace_back(Text(*name).get());
-    std::free(names);
+    std::free(static_cast<void*>(names));
     return result;
 }
 
