@@ -100,7 +100,7 @@ TEST(JsonValue, FiveHundredAndTwelveLevelsAreAcceptedWhereverTheyStand) {
 }
 
 // A thread's stack where it is smallest: a feed is evaluated on the network's.
-constexpr std::size_t smallStack = 512 * 1024;
+constexpr std::size_t smallStack = std::size_t{512} * 1024;
 
 TEST(JsonValue, TheDeepestDocumentIsReadCopiedAndDestroyedOnASmallStack) {
     const auto work = [](void*) -> void* {
@@ -111,7 +111,8 @@ TEST(JsonValue, TheDeepestDocumentIsReadCopiedAndDestroyedOnASmallStack) {
         };
         for (const std::string& text : texts) {
             const std::optional<boost::json::value> document = json::parse(text);
-            const std::optional<boost::json::value> copy = document;
+            std::optional<boost::json::value> copy;
+            copy = document;
             EXPECT_EQ(copy, document);
         }
         return nullptr;

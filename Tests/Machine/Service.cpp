@@ -64,7 +64,8 @@ void Service::upgrade() {
                                     .inheritedDescriptors = {},
                                     .prepare = {}});
     if (status != 0) throw SupportError("the service does not restart");
-    if (!waitUntil([&] { return !std::filesystem::exists(old); })) throw SupportError("the old service does not end");
+    if (!support::waitUntil([&] { return !std::filesystem::exists(old); }))
+        throw SupportError("the old service does not end");
 }
 
 std::size_t Service::openFiles() {
