@@ -44,7 +44,7 @@ void Dock::open(const QRect& frame) {
     XChangeProperty(connection_.display(), window_, connection_.atom("_NET_WM_WINDOW_TYPE"), XA_ATOM, 32,
                     PropModeReplace, reinterpret_cast<const unsigned char*>(&type), 1);
     // left, right, top, bottom, then the stretch along each edge
-    const auto height = static_cast<unsigned long>(frame.bottom() + 1);
+    const auto height = static_cast<unsigned long>(frame.bottom()) + 1;
     const auto begin = static_cast<unsigned long>(frame.left());
     const auto end = static_cast<unsigned long>(frame.right());
     const std::array<unsigned long, 12> strut{0, 0, height, 0, 0, 0, 0, 0, begin, end, 0, 0};

@@ -69,7 +69,8 @@ TEST(KeyCodes, ModifiersAndFnAreToldApartFromKeys) {
 }
 
 TEST(KeyCodes, MediaAndPowerKeysHaveNoNumber) {
-    for (const KeyCodes::EvdevCode code : {KEY_MUTE, KEY_BRIGHTNESSUP, KEY_PLAYPAUSE, KEY_POWER, KEY_MICMUTE})
+    for (const KeyCodes::EvdevCode code :
+         std::vector<KeyCodes::EvdevCode>{KEY_MUTE, KEY_BRIGHTNESSUP, KEY_PLAYPAUSE, KEY_POWER, KEY_MICMUTE})
         EXPECT_FALSE(KeyCodes::virtualKey(code)) << code;
 }
 
