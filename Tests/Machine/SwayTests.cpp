@@ -226,40 +226,6 @@ TEST_F(Sway, AGrabbedKeyboardGoesOnWithCapsLockOn) {
     EXPECT_TRUE(types(chord({KEY_LEFTCTRL, KEY_LEFTALT}) + letters, "asz"));
 }
 
-TEST_F(Sway, ACompositorThatStallsWhileACloneAppearsLosesNoKey) {
-    // It alone shall read the clone.
-    desk_.leaveNewDevices();
-    Service::grant(writer);
-    TapOwner owner(session());
-    ASSERT_EQ(owner.open(), "");
-    owner.answer(TapOwner::Answer::swallow);
-    compositor().signal(SIGSTOP);
-    owner.send(tap::Interest{.shortcuts = {{KEY_SPACE, tap::Flags::control}}});
-    // Longer than logind needs to look for a power button.
-    const std::string before = terminal();
-    std::string text;
-    for (int i = 0; i < 8; ++i) {
-        monitor().type(letters);
-        text += "asz";
-        holdsFor([] { return true; }, std::chrono::milliseconds(300));
-    }
-    compositor().signal(SIGCONT);
-    EXPECT_TRUE(terminalGets(before, text));
-    // It does take the clone up then.
-    EXPECT_TRUE(waitUntil([&] {
-        owner.clear();
-        monitor().type(chord({KEY_LEFTCTRL, KEY_SPACE}));
-        return waitUntil([&] { return owner.question() != 0; }, moment);
-    }));
-    desk_.clear();
-    EXPECT_TRUE(types(letters, "asz"));
-    owner.close();
-    EXPECT_TRUE(waitUntil([&] {
-        monitor().type(taps({KEY_F12}));
-        return waitUntil([&] { return !desk_.strokes().empty(); }, moment);
-    })) << desk_.describe();
-}
-
 TEST_F(Sway, ACompositorThatIsStoppedAndContinuedLosesNoKey) {
     startQuillmere({.sources = layouts});
     ASSERT_TRUE(becomesGrabbed());

@@ -123,33 +123,6 @@ const std::vector<std::string> layouts{"xkb:us", "xkb:ua", "xkb:de"};
 
 }  // namespace
 
-TEST_F(Xorg, AShortcutSwitchesTheLayoutsThatSetxkbmapHasSet) {
-    startQuillmere({{.sources = layouts}});
-    EXPECT_TRUE(types("asz"));
-    ASSERT_TRUE(comesTo(1));
-    EXPECT_TRUE(types("фія"));
-    EXPECT_TRUE(switches(shortcut, 2));
-    EXPECT_TRUE(types("asy"));
-    EXPECT_FALSE(witness().saw(support::keys::space));
-    // The service has taken no keyboard, whose layouts would be others.
-    EXPECT_TRUE(becomesFree());
-    EXPECT_TRUE(desk_.clones().empty());
-    monitor().screenshot("xorg");
-}
-
-TEST_F(Xorg, ASecondKeyboardLeavesTheLayoutsOfTheFirstAlone) {
-    startQuillmere({{.keyCode = 63, .modifiers = 0, .sources = layouts}, {.sources = layouts}});
-    EXPECT_TRUE(types("asz"));
-    ASSERT_TRUE(comesTo(0));
-    const VirtualKeyboard second({.name = "Second keyboard", .moreKeys = {KEY_FN}});
-    ASSERT_TRUE(waitUntil([&] { return desk_.originals().contains("Second keyboard"); }));
-    EXPECT_TRUE(switches(shortcut, 1));
-    EXPECT_TRUE(types("фія"));
-    EXPECT_TRUE(switches(shortcut, 2));
-    EXPECT_TRUE(types("asy"));
-    EXPECT_TRUE(desk_.clones().empty());
-}
-
 TEST_F(Xorg, FnAloneSwitchesTheLayoutAndGrabsNothing) {
     VirtualKeyboard keyboard({.name = "Fn keyboard", .moreKeys = {KEY_FN}});
     startQuillmere({{.keyCode = 63, .modifiers = 0, .sources = layouts}});
