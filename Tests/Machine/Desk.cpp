@@ -42,11 +42,6 @@ Desk::~Desk() {
     close(stop_);
 }
 
-void Desk::leaveNewDevices() {
-    const std::lock_guard lock(mutex_);
-    opensNewDevices_ = false;
-}
-
 void Desk::clear() {
     const std::lock_guard lock(mutex_);
     events_.clear();
@@ -141,7 +136,6 @@ void Desk::openNewDevices() {
     std::array<char, 4096> news{};
     while (read(watch_, news.data(), news.size()) > 0) {
     }
-    if (!opensNewDevices_) return;
     for (const auto& entry : std::filesystem::directory_iterator(folder))
         if (entry.path().filename().string().starts_with("event")) openDevice(entry.path());
 }
