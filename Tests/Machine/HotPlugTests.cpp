@@ -32,10 +32,14 @@ protected:
 /// this object.
 class SeatChange {
 public:
-    SeatChange(const std::string& keyboard, const std::string& seat) {
-        run({"loginctl", "attach", seat, path(keyboard)});
+    SeatChange(const std::string& keyboard, const std::string& seat) : keyboard_(path(keyboard)) {
+        run({"loginctl", "attach", seat, keyboard_});
+        follow();
     }
-    ~SeatChange() { run({"loginctl", "flush-devices"}); }
+    ~SeatChange() {
+        run({"loginctl", "flush-devices"});
+        follow();
+    }
     SeatChange(const SeatChange&) = delete;
     SeatChange& operator=(const SeatChange&) = delete;
 
@@ -52,6 +56,13 @@ private:
         throw support::SupportError("no " + keyboard);
     }
 
+    /// udev looks for changed rules three seconds after the last device at the
+    /// earliest, too late for the event that logind makes.
+    void follow() {
+        run({"udevadm", "control", "--reload"});
+        run({"udevadm", "trigger", keyboard_});
+    }
+
     static void run(const std::vector<std::string>& arguments) {
         EXPECT_EQ(support::ChildProcess::run({.arguments = arguments,
                                               .environment = support::baseEnvironment("/"),
@@ -60,6 +71,8 @@ private:
                                               .prepare = {}}),
                   0);
     }
+
+    std::string keyboard_;
 };
 
 constexpr int rounds = 10;
