@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 namespace quillmere::tap {

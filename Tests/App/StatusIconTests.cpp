@@ -14,7 +14,6 @@
 #include <array>
 #include <cmath>
 #include <numbers>
-#include <vector>
 
 namespace quillmere {
 namespace {

@@ -13,7 +13,6 @@
 #include <QSystemTrayIcon>
 #include <QTest>
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>

@@ -9,7 +9,6 @@
 
 #include <QImage>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 

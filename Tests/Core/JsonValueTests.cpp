@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 #include <boost/json/serialize.hpp>
 
-#include <cmath>
 #include <limits>
 #include <random>
 #include <string>
-#include <vector>
 
 #include <pthread.h>
 

@@ -6,7 +6,6 @@
 #include <boost/json/serialize.hpp>
 
 #include <array>
-#include <cmath>
 #include <limits>
 #include <string>
 #include <utility>

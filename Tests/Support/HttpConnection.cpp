@@ -4,7 +4,6 @@
 
 #include <sys/socket.h>
 
-#include <utility>
 #include <variant>
 
 namespace quillmere::support {

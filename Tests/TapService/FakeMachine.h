@@ -3,8 +3,6 @@
 #include "TapService/Keyboards.h"
 #include "Tests/TapService/TapBench.h"
 
-#include <memory>
-
 namespace quillmere::tap {
 
 /// The fake keyboards of the engine's tests, as the whole service sees them.

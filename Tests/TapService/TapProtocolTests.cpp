@@ -4,8 +4,6 @@
 
 #include <linux/input-event-codes.h>
 
-#include <functional>
-
 namespace quillmere::tap {
 namespace {
 

@@ -1,30 +1,15 @@
+#include "Tests/Support/KeyStory.h"
 #include "Tests/TapService/TapBench.h"
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-#include <ostream>
 #include <string>
 #include <vector>
 
 namespace quillmere::tap {
 namespace {
 
-/// One story: who wants what, what the fingers do, what comes out of the
-/// clone, and what the owner is told.
-struct Story {
-    const char* title;
-    std::vector<std::string> wishes;
-    const char* words;
-    const char* output;
-    const char* told;
-};
-
-void PrintTo(const Story& story, std::ostream* stream) {
-    *stream << story.title;
-}
-
-const Story stories[] = {
+const support::KeyStory stories[] = {
     // Keys of no interest
     {"a key of no interest passes and nobody is told", {"ctrl+space"}, "+a -a", "+a -a", ""},
     {"a key without Ctrl, Alt or Super is nobody's shortcut",
@@ -303,10 +288,10 @@ const Story stories[] = {
     {"Fn goes up with its keyboard", {"fn"}, "+fn unplug", "", "flags:fn+ flags:"},
 };
 
-class TapStory : public testing::TestWithParam<Story> {};
+class TapStory : public testing::TestWithParam<support::KeyStory> {};
 
 TEST_P(TapStory, EndsAsItShould) {
-    const Story& story = GetParam();
+    const support::KeyStory& story = GetParam();
     TapBench bench;
     bench.plug(TapBench::first);
     bench.plug(TapBench::second);
@@ -317,16 +302,7 @@ TEST_P(TapStory, EndsAsItShould) {
     EXPECT_EQ(bench.keyboards.faults, std::vector<std::string>{});
 }
 
-INSTANTIATE_TEST_SUITE_P(TapEngine, TapStory, testing::ValuesIn(stories), [](const auto& instance) {
-    std::string name;
-    bool capital = true;
-    for (const char* letter = instance.param.title; *letter != '\0'; ++letter) {
-        const bool isLetter = std::isalnum(static_cast<unsigned char>(*letter)) != 0;
-        if (isLetter) name += capital ? static_cast<char>(std::toupper(*letter)) : *letter;
-        capital = !isLetter;
-    }
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(TapEngine, TapStory, testing::ValuesIn(stories), support::nameOfStory);
 
 }  // namespace
 }  // namespace quillmere::tap

@@ -1,28 +1,12 @@
+#include "Tests/Support/KeyStory.h"
 #include "Tests/X11Tap/X11TapBench.h"
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-#include <ostream>
-
 namespace quillmere::support {
 namespace {
 
-/// One story: which shortcuts are of interest, what happens, what all other
-/// clients see, and what the program is told.
-struct Story {
-    const char* title;
-    std::vector<std::string> wishes;
-    const char* words;
-    const char* seen;
-    const char* told;
-};
-
-void PrintTo(const Story& story, std::ostream* stream) {
-    *stream << story.title;
-}
-
-const Story stories[] = {
+const KeyStory stories[] = {
     // Keys of no interest
     {"a key of no interest passes and nobody is told", {"ctrl+space"}, "+a -a", "+a -a", ""},
     {"a shortcut's key alone is of no interest", {"ctrl+space"}, "+space -space", "+space -space", ""},
@@ -319,27 +303,18 @@ const Story stories[] = {
     {"while recording a tap of Fn is told", {}, "record +fn -fn stop +a -a", "+a -a", "flags:fn+ flags:"},
 };
 
-class X11KeyStory : public testing::TestWithParam<Story> {};
+class X11KeyStory : public testing::TestWithParam<KeyStory> {};
 
 TEST_P(X11KeyStory, EndsAsItShould) {
-    const Story& story = GetParam();
+    const KeyStory& story = GetParam();
     X11TapBench bench(story.wishes);
     bench.play(story.words);
-    EXPECT_EQ(bench.keyboard.seen, story.seen);
+    EXPECT_EQ(bench.keyboard.seen, story.output);
     EXPECT_EQ(bench.verdicts.log, story.told);
     EXPECT_EQ(bench.finish(), std::vector<std::string>{});
 }
 
-INSTANTIATE_TEST_SUITE_P(X11KeyEngine, X11KeyStory, testing::ValuesIn(stories), [](const auto& instance) {
-    std::string name;
-    bool capital = true;
-    for (const char* letter = instance.param.title; *letter != '\0'; ++letter) {
-        const bool isLetter = std::isalnum(static_cast<unsigned char>(*letter)) != 0;
-        if (isLetter) name += capital ? static_cast<char>(std::toupper(*letter)) : *letter;
-        capital = !isLetter;
-    }
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(X11KeyEngine, X11KeyStory, testing::ValuesIn(stories), nameOfStory);
 
 }  // namespace
 }  // namespace quillmere::support

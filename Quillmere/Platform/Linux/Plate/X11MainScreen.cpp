@@ -6,7 +6,6 @@
 #include <QScreen>
 
 #include <algorithm>
-#include <cmath>
 #include <string>
 #include <utility>
 

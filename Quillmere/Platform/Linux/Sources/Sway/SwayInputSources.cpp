@@ -5,7 +5,6 @@
 #include "Quillmere/Platform/Linux/LinuxSession.h"
 
 #include <algorithm>
-#include <chrono>
 #include <string_view>
 #include <utility>
 

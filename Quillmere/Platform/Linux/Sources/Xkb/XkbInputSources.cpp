@@ -5,7 +5,6 @@
 #include <X11/Xlib.h>
 
 #include <cstddef>
-#include <string_view>
 #include <utility>
 
 namespace quillmere {

@@ -5,7 +5,6 @@
 #include <array>
 #include <cerrno>
 #include <span>
-#include <variant>
 
 #include <sys/socket.h>
 #include <unistd.h>

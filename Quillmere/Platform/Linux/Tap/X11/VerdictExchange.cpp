@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QEvent>
 
-#include <algorithm>
 #include <memory>
 #include <utility>
 

@@ -7,7 +7,6 @@
 #include "Quillmere/Platform/Linux/X11/X11Connection.h"
 
 #include <condition_variable>
-#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
