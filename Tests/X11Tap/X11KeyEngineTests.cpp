@@ -64,6 +64,33 @@ TEST_F(X11KeyEngineTest, ARecordingThatCannotHaveTheKeyboardTriesAgainUntilItIsO
     EXPECT_FALSE(bench.engine.deadline());
 }
 
+TEST_F(X11KeyEngineTest, ARecordingKeepsTheKeyboardForHalfAMinuteOnly) {
+    bench.play("record");
+    bench.advance(X11KeyEngine::longestRecording - 1ms);
+    EXPECT_TRUE(bench.keyboard.isOursActive());
+    bench.advance(1ms);
+    EXPECT_FALSE(bench.keyboard.isOursActive());
+    EXPECT_FALSE(bench.engine.deadline());
+    // A locker can have it now; what is pressed is still recorded.
+    bench.play("+ctrl +k pass -k -ctrl");
+    EXPECT_EQ(bench.keyboard.seen, "+ctrl +k -k -ctrl");
+    EXPECT_NE(bench.verdicts.log.find("ctrl+k"), std::string::npos) << bench.verdicts.log;
+    // The next one has it again.
+    bench.play("stop record");
+    EXPECT_TRUE(bench.keyboard.isOursActive());
+    bench.play("stop");
+}
+
+TEST_F(X11KeyEngineTest, ARecordingThatHasLastedTooLongEndsOnceItsKeysAreUp) {
+    bench.play("record +ctrl");
+    bench.advance(X11KeyEngine::longestRecording);
+    EXPECT_TRUE(bench.keyboard.isOursActive());
+    bench.play("-ctrl");
+    EXPECT_FALSE(bench.keyboard.isOursActive());
+    EXPECT_EQ(bench.keyboard.seen, "");
+    bench.play("stop");
+}
+
 TEST_F(X11KeyEngineTest, AKeyBeyondACoreKeyboardPasses) {
     bench.play("want:ctrl+space");
     constexpr unsigned int beyond = 300;

@@ -14,6 +14,11 @@ bool isCoreKey(unsigned int keyCode) {
 // What is of interest
 
 void X11KeyEngine::setInterest(const KeyInterest& interest, TimePoint now) {
+    if (!interest.everyKey) {
+        recordingEnd_.reset();
+    } else if (!matcher_.interest().everyKey) {
+        recordingEnd_ = now + longestRecording;
+    }
     matcher_.setInterest(interest);
     updateListening();
     // A tap that was under way is none any more, and the next one finds a
@@ -103,7 +108,7 @@ void X11KeyEngine::refreshKeymap() {
 
 std::optional<X11KeyEngine::TimePoint> X11KeyEngine::deadline() const {
     std::optional<TimePoint> first;
-    for (const auto& each : {keymapRefresh_, recordingRetry_})
+    for (const auto& each : {keymapRefresh_, recordingRetry_, recordingEnd_})
         if (each && (!first || *each < *first)) first = each;
     return first;
 }
@@ -113,6 +118,10 @@ void X11KeyEngine::tick(TimePoint now) {
         keymapRefresh_.reset();
         refreshKeymap();
     }
+    if (recordingEnd_ && *recordingEnd_ <= now) {
+        recordingEnd_.reset();
+        updateRecording(now);
+    }
     if (recordingRetry_ && *recordingRetry_ <= now) updateRecording(now);
 }
 
@@ -120,7 +129,7 @@ void X11KeyEngine::tick(TimePoint now) {
 
 void X11KeyEngine::updateRecording(TimePoint now, unsigned long since) {
     recordingRetry_.reset();
-    const bool isWanted = matcher_.interest().everyKey && owner_.isEnabled();
+    const bool isWanted = mayRecord() && owner_.isEnabled();
     if (isWanted && hold_ != Hold::recording && !takeForRecording(since))
         recordingRetry_ = now + recordingRetryInterval;
     // Earlier, clients would see releases of keys whose press they have not seen.
@@ -247,7 +256,7 @@ void X11KeyEngine::grabbedRelease(const X11GrabbedKey& key, TimePoint now) {
     if (!isSwallowed && !isKeptInGrab(key.keyCode)) return replayToClient(now);
     // Looked at while the keyboard stands still: the next release may be one
     // that a client waits for.
-    const bool isRecordingOver = hold_ == Hold::recording && !matcher_.interest().everyKey;
+    const bool isRecordingOver = hold_ == Hold::recording && !mayRecord();
     isRecordingOver&& keyboard_.readKeysDown().none() ? letKeyboardGo() : keyboard_.keep();
 }
 

@@ -51,6 +51,10 @@ public:
     static constexpr std::chrono::milliseconds keymapSettles{30};
     /// How often to look whether another client has given the keyboard back.
     static constexpr std::chrono::milliseconds recordingRetryInterval{100};
+    /// How long a recording keeps the whole keyboard: a screen locker, which
+    /// needs it for itself, shall not wait for ever. What is recorded later
+    /// reaches the focused program as well.
+    static constexpr std::chrono::seconds longestRecording{30};
 
     /// Both must outlive this.
     X11KeyEngine(X11KeyboardPort& keyboard, VerdictPort& owner)
@@ -101,6 +105,7 @@ private:
     void refreshKeymap();
 
     void updateRecording(TimePoint now, unsigned long since = 0);
+    bool mayRecord() const { return matcher_.interest().everyKey && recordingEnd_; }
     bool takeForRecording(unsigned long since);
     void holdSwallowedKeys();
     void letKeyboardGo();
@@ -136,6 +141,7 @@ private:
     X11Keys swallowed_;      ///< no client has seen the press
     std::optional<TimePoint> keymapRefresh_;
     std::optional<TimePoint> recordingRetry_;
+    std::optional<TimePoint> recordingEnd_;  ///< none: there is no recording, or it has lasted too long
 };
 
 }  // namespace quillmere
