@@ -7,6 +7,10 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
 
 namespace quillmere::support {
 
@@ -36,6 +40,19 @@ protected:
 
     /// Waits until the program's main thread has done all it had to do.
     void waitForMainThread() { ASSERT_FALSE(tray().openMenu().empty()); }
+
+    /// A number that the kernel tells of the process that guards the tap, as
+    /// "Pss:" in "smaps_rollup"; no value without such a process.
+    std::optional<long> ofGuard(const std::string& file, const std::string& word) {
+        const std::string process = "/proc/" + std::to_string(program().process().pid());
+        pid_t guard = 0;
+        for (const auto& thread : std::filesystem::directory_iterator(process + "/task"))
+            std::ifstream(thread.path() / "children") >> guard;
+        std::ifstream stream("/proc/" + std::to_string(guard) + "/" + file);
+        for (std::string found; stream >> found;)
+            if (long number = 0; found == word && stream >> number) return number;
+        return std::nullopt;
+    }
 
     bool waitForState(char state) {
         return waitUntil([this, state] { return program().process().state() == state; });
@@ -144,6 +161,43 @@ TEST_F(SafetyTest, AKillOfAHardStoppedProgramFreesTheKeyboard) {
     killProgram();
     waitForEverythingTyped();
     expectEverythingPasses();
+}
+
+TEST_F(SafetyTest, AHardStoppedProgramLosesTheKeyboardAndContinuingTakesItBack) {
+    ASSERT_NO_FATAL_FAILURE(startEverything());
+    ASSERT_NO_FATAL_FAILURE(pressShortcutAndWaitFor(1));
+    program().process().signal(SIGSTOP);
+    ASSERT_TRUE(waitForState('T'));
+    // The shortcut holds the keyboard until its guard has waited long enough;
+    // nobody gets that one.
+    pressShortcut();
+    waitForEverythingTyped();
+    EXPECT_TRUE(waitUntil([this] { return isEveryKeyUp(); }));
+    expectEverythingPasses();
+    program().process().signal(SIGCONT);
+    ASSERT_TRUE(program().waitForGrab(keys::space, controlAltBits));
+    EXPECT_EQ(desktop().server().group(), 1) << "what was pressed meanwhile switches nothing later";
+    ASSERT_NO_FATAL_FAILURE(pressShortcutAndWaitFor(2));
+}
+
+TEST_F(SafetyTest, TheGuardOfTheTapIsSmallAndSleepsThroughOrdinaryTyping) {
+    ASSERT_NO_FATAL_FAILURE(startEverything());
+    ASSERT_TRUE(program().waitForTrayItem());
+    ASSERT_NO_FATAL_FAILURE(pressShortcutAndWaitFor(1));
+    const auto wakeUps = [this] { return ofGuard("status", "voluntary_ctxt_switches:"); };
+    const auto isAtRest = [&] {
+        const auto before = wakeUps();
+        return before && holdsFor([&] { return wakeUps() == before; }, std::chrono::milliseconds(1000));
+    };
+    ASSERT_TRUE(waitUntil(isAtRest));
+    const auto before = wakeUps();
+    for (int i = 0; i < 20; ++i)
+        typist().tap(keys::a);
+    waitForEverythingTyped();
+    EXPECT_EQ(wakeUps(), before);
+    const auto memory = ofGuard("smaps_rollup", "Pss:");
+    ASSERT_TRUE(memory);
+    EXPECT_LT(*memory, 1024);
 }
 
 TEST_F(SafetyTest, WithoutASessionBusTheShortcutStillSwitches) {

@@ -2,6 +2,7 @@
 
 #include "Quillmere/Platform/EventTap.h"
 #include "Quillmere/Platform/Linux/Tap/X11/StopRequest.h"
+#include "Quillmere/Platform/Linux/Tap/X11/TapGuard.h"
 #include "Quillmere/Platform/Linux/Tap/X11/VerdictExchange.h"
 #include "Quillmere/Platform/Linux/Tap/X11/X11KeyFilter.h"
 #include "Quillmere/Platform/Linux/X11/X11Connection.h"
@@ -10,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <thread>
 
 namespace quillmere {
@@ -37,14 +39,18 @@ private:
     X11TapThread(std::unique_ptr<X11Connection> connection, EventTap::Callback callback, const KeyInterest& interest);
 
     void run();
-    void waitForWork() const;
+    void startGuard();
+    bool reconnect();
+    void waitForWork();
     void takeOrders();
     void stopProcess();
     void wake() const;
 
     VerdictExchange exchange_;
     std::unique_ptr<X11Connection> connection_;
-    X11KeyFilter filter_;
+    std::optional<X11KeyFilter> filter_;  ///< as long as the connection
+    std::string guardProgram_;
+    std::unique_ptr<TapGuard> guard_;
     std::optional<StopRequest> stopRequest_;
     int wakeDescriptor_;
     KeyInterest currentInterest_;  ///< the thread's own
