@@ -1,6 +1,8 @@
 # Offers to install the key-tap service. To be sourced by bash, after
 # Packaging/packages/install.sh.
 
+tapd_folder=$(dirname "${BASH_SOURCE[0]}")
+
 # offer_tap_service <build folder> [<root folder>]
 #
 # On a Wayland desktop without the service: says what would be placed where, and
@@ -31,8 +33,7 @@ offer_tap_service() {
 place_tap_service() {
     install_packages service && as_administrator cp -r --no-preserve=ownership "$2/." "$3/" || return 1
     if [ -z "$3" ] && [ -d /run/systemd/system ]; then
-        as_administrator systemctl daemon-reload
-        as_administrator busctl --quiet call org.freedesktop.DBus / org.freedesktop.DBus ReloadConfig
+        as_administrator "$tapd_folder/introduce" || return 1
     fi
     echo "Installed. To remove it: sudo cmake --build $1 --target uninstall"
 }

@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <sstream>
+#include <string>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -70,13 +72,20 @@ std::string inMicroseconds(const Times& times) {
     return text.str();
 }
 
+std::string inMilliseconds(const Times& times) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(1) << percentile(times, 1) / 1000 << " ms (p99 "
+         << percentile(times, 0.99) / 1000 << " ms)";
+    return text.str();
+}
+
 class Figures : public TapTest {
 protected:
     /// From the moment that a key is pressed or released until an application
     /// can read it.
     void measure(const std::vector<KeyStroke>& strokes, const KeyStroke& measured, int repetitions, Times& times) {
         const CloneReader reader;
-        for (int i = 0; i < repetitions; ++i)
+        for (int i = 0; i < repetitions || interestChanges_ > 0; ++i)
             for (const KeyStroke& stroke : strokes) {
                 const Clock::time_point begin = Clock::now();
                 keyboard_.type({stroke});
@@ -84,7 +93,17 @@ protected:
                 if (stroke == measured) times.push_back(Clock::now() - begin);
                 // It waits until somebody takes what it has to say.
                 if (ownerIsTold_) owner().clear();
+                if (interestChanges_ > 0) changeInterest();
             }
+    }
+
+    /// As often as a program may.
+    void changeInterest() {
+        constexpr std::chrono::milliseconds allowance{16};
+        const Clock::time_point now = Clock::now();
+        if (now < nextChange_) return;
+        nextChange_ = now + allowance;
+        owner().send(tap::Interest{.wantsFn = --interestChanges_ % 2 == 0, .shortcuts = {ctrlSpace}});
     }
 
     void measureService(const std::vector<KeyStroke>& strokes, int repetitions, Times& times) {
@@ -119,8 +138,10 @@ protected:
     }
 
     bool ownerIsTold_ = false;
+    int interestChanges_ = 0;
 
 private:
+    Clock::time_point nextChange_;
     VirtualKeyboard keyboard_{{.name = name}};
 };
 
@@ -138,6 +159,47 @@ TEST_F(Figures, AKeyOfNoInterest) {
               << " | a bare loop that reads and writes: " << inMicroseconds(bareLoop) << " | " << std::fixed
               << std::setprecision(2) << percentile(service, 0.5) / percentile(bareLoop, 0.5) << " | ≤ 1.2 |"
               << std::endl;
+}
+
+TEST_F(Figures, TheWorstKeyWhileAnotherUserFloodsTheService) {
+    Times alone;
+    Times flooded;
+    for (int round = 0; round < rounds; ++round) {
+        ASSERT_NO_FATAL_FAILURE(measureService(taps({KEY_A}), keysPerRound, alone));
+        const support::ChildProcess flood({.arguments = {programPath("call_flood")},
+                                           .environment = support::baseEnvironment("/"),
+                                           .output = {},
+                                           .inheritedDescriptors = {},
+                                           .prepare = Session::becoming(stranger)});
+        ASSERT_NO_FATAL_FAILURE(measureService(taps({KEY_A}), keysPerRound, flooded));
+    }
+    std::cout << "| the worst key while another user floods the service, on an emulated computer | "
+              << inMilliseconds(flooded) << " | without: " << inMilliseconds(alone) << " | " << std::fixed
+              << std::setprecision(2) << percentile(flooded, 0.99) / percentile(alone, 0.99) << " (p99) | < 20 ms |"
+              << std::endl;
+}
+
+TEST_F(Figures, TheWorstKeyWhileTheInterestChangesAThousandTimes) {
+    Times alone;
+    Times changing;
+    ASSERT_NO_FATAL_FAILURE(measureService(taps({KEY_A}), keysPerRound, alone));
+    interestChanges_ = 1000;
+    ASSERT_NO_FATAL_FAILURE(measureService(taps({KEY_A}), keysPerRound, changing));
+    std::cout << "| the worst key while the interest changes a thousand times, on an emulated computer | "
+              << inMilliseconds(changing) << " | without: " << inMilliseconds(alone) << " | " << std::fixed
+              << std::setprecision(2) << percentile(changing, 0.99) / percentile(alone, 0.99) << " (p99) | < 20 ms |"
+              << std::endl;
+}
+
+TEST_F(Figures, MemoryWithAnOpenTap) {
+    listen(TapOwner::Answer::pass);
+    std::ifstream file("/proc/" + std::to_string(service_.waitForPid()) + "/smaps_rollup");
+    std::string word;
+    double kibibytes = 0;
+    while (file >> word)
+        if (word == "Pss:") file >> kibibytes;
+    std::cout << "| memory of the key-tap service with a tap open (PSS) | " << std::fixed << std::setprecision(1)
+              << kibibytes / 1024 << " MiB | – | – | ≤ 3 MiB |" << std::endl;
 }
 
 TEST_F(Figures, AShortcutFromPressToVerdict) {

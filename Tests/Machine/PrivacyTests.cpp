@@ -75,6 +75,19 @@ TEST_F(Privacy, APasswordNeverReachesAnOwnerThatListensToAShortcut) {
         EXPECT_EQ(event.code, KEY_SPACE);
 }
 
+TEST_F(Privacy, KeysThatAreTypedAreNoShortcuts) {
+    tap::Interest everything;
+    for (std::uint16_t code = KEY_ESC; code < KEY_ESC + 114; ++code) {
+        everything.shortcuts.push_back({code, 0});
+        everything.shortcuts.push_back({code, tap::Flags::shift});
+    }
+    owner().send(everything);
+    EXPECT_TRUE(arrives(password()));
+    EXPECT_TRUE(owner().events().empty());
+    EXPECT_TRUE(desk_.clones().empty());
+    EXPECT_FALSE(owner().isClosed());
+}
+
 TEST_F(Privacy, AnOwnerThatWantsNothingGrabsNothingAndLearnsNothing) {
     owner().send(tap::Interest{});
     EXPECT_TRUE(arrives(password() + ctrlSpaceStrokes));

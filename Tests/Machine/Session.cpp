@@ -3,6 +3,7 @@
 #include "Tests/Support/SupportError.h"
 #include "Tests/Support/WaitUntil.h"
 
+#include <filesystem>
 #include <fstream>
 #include <string_view>
 
@@ -52,7 +53,7 @@ Session::Session(const Form& form) : user_(form.user) {
                                           .prepare = [user = user_] { becomeUser(user); }});
     const std::string terminal = form.terminal != 0 ? "tty" + std::to_string(form.terminal) : std::string{};
     const BusReply reply = bus_.call({login, manager, interface, "CreateSession"}, "uusssssussbssa(sv)", form.user,
-                                     static_cast<std::uint32_t>(leader_->pid()), "test", form.type, "user", "",
+                                     static_cast<std::uint32_t>(leader_->pid()), "test", form.type, form.kind, "",
                                      form.terminal != 0 ? "seat0" : "", form.terminal, terminal.c_str(), "",
                                      form.isRemote ? 1 : 0, "", form.isRemote ? "elsewhere.example" : "", 0);
     const char* id = nullptr;
@@ -90,6 +91,22 @@ std::function<void()> Session::entrance() const {
 
 std::function<void()> Session::entrance(uid_t user) const {
     return [group = group_, user] {
+        moveSelf(group.c_str());
+        becomeUser(user);
+    };
+}
+
+std::function<void()> Session::becoming(uid_t user) {
+    // The test itself is a service of the system.
+    return [user] { becomeUser(user); };
+}
+
+std::function<void()> Session::usersService() const {
+    const std::string name = std::to_string(user_);
+    const std::filesystem::path group =
+        "/sys/fs/cgroup/user.slice/user-" + name + ".slice/user@" + name + ".service/app.slice/test.service";
+    std::filesystem::create_directories(group);
+    return [group = (group / "cgroup.procs").string(), user = user_] {
         moveSelf(group.c_str());
         becomeUser(user);
     };

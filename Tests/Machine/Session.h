@@ -23,6 +23,7 @@ public:
         uid_t user = writer;
         unsigned terminal = 1;  ///< the virtual terminal; 0: none, and no seat
         const char* type = "tty";
+        const char* kind = "user";  ///< logind's class
         bool isRemote = false;
     };
 
@@ -32,6 +33,8 @@ public:
     Session& operator=(const Session&) = delete;
 
     const std::string& id() const { return id_; }
+    /// Its object of logind on the bus.
+    const std::string& path() const { return path_; }
     uid_t user() const { return user_; }
 
     /// Switches to its terminal; returns when logind says that it is active.
@@ -45,6 +48,12 @@ public:
     std::function<void()> entrance() const;
     /// The same for a process of another user.
     std::function<void()> entrance(uid_t user) const;
+    /// The same for a process of the session's user that belongs to no session:
+    /// to a service of the system, or to one of the user's own.
+    std::function<void()> systemService() const { return becoming(user_); }
+    std::function<void()> usersService() const;
+    /// The same for anybody's process.
+    static std::function<void()> becoming(uid_t user);
     /// What its processes have in their environment.
     support::Environment environment() const;
 
@@ -53,7 +62,7 @@ private:
 
     uid_t user_;
     std::string id_;
-    std::string path_;   ///< its object of logind
+    std::string path_;
     int lifeline_ = -1;  ///< the session ends when it is closed
     std::optional<support::ChildProcess> leader_;
     std::string group_;  ///< the file that takes processes into the session

@@ -33,7 +33,9 @@ std::string programPath(const std::string& name) {
 
 TapOwner::TapOwner(const Session& session) : TapOwner(session, session.user()) {}
 
-TapOwner::TapOwner(const Session& session, uid_t user) {
+TapOwner::TapOwner(const Session& session, uid_t user) : TapOwner(session, session.entrance(user)) {}
+
+TapOwner::TapOwner(const Session& session, std::function<void()> entrance) {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0)
         throw SupportError("no socket pair", errno);
@@ -42,7 +44,7 @@ TapOwner::TapOwner(const Session& session, uid_t user) {
                                            .environment = session.environment(),
                                            .output = {},
                                            .inheritedDescriptors = {ends[1]},
-                                           .prepare = session.entrance(user)});
+                                           .prepare = std::move(entrance)});
     ::close(ends[1]);
 }
 

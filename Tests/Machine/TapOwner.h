@@ -4,6 +4,7 @@
 #include "Tests/Machine/Session.h"
 #include "Tests/Support/ChildProcess.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,9 @@ public:
     explicit TapOwner(const Session& session);
     /// A process in the session of somebody else.
     TapOwner(const Session& session, uid_t user);
+    /// A process with the session's environment that enters it as told, or does
+    /// not.
+    TapOwner(const Session& session, std::function<void()> entrance);
     ~TapOwner();
     TapOwner(const TapOwner&) = delete;
     TapOwner& operator=(const TapOwner&) = delete;
