@@ -39,6 +39,7 @@ bool TapServer::payForTap(uid_t user) {
 }
 
 FileDescriptor TapServer::openTap(uid_t user, const std::string& session) {
+    if (isEnding_) return {};
     TapChannel::Handlers handlers{
         .onMessage = [this](TapChannel& channel, const ClientMessage& message) { return handle(channel, message); },
         .onClosed = [this](TapChannel& channel) { closed(channel); },
@@ -57,6 +58,11 @@ FileDescriptor TapServer::openTap(uid_t user, const std::string& session) {
 
 void TapServer::closeTaps(const std::function<bool(uid_t)>& mayKeep) {
     closeWhere([&mayKeep](const TapChannel& channel) { return !mayKeep(channel.user()); });
+}
+
+void TapServer::end() {
+    isEnding_ = true;
+    closeWhere([](const TapChannel&) { return true; });
 }
 
 void TapServer::closeWhere(const std::function<bool(const TapChannel&)>& condition) {

@@ -40,7 +40,13 @@ public:
     /// Closes the taps for whose users `mayKeep` says false.
     void closeTaps(const std::function<bool(uid_t)>& mayKeep);
 
+    /// Closes all taps and opens none any more. The grabs end as soon as no key
+    /// is held.
+    void end();
+
     std::size_t tapCount() const { return channels_.size(); }
+    /// Whether any keyboard is grabbed.
+    bool isGrabbing() const { return engine_.isGrabbing(); }
     /// A tap was opened or closed.
     std::function<void()> onTapCountChange;
 
@@ -75,6 +81,7 @@ private:
     /// Of those who were given access; nobody else can open a tap.
     std::map<uid_t, UserAccount> accounts_;
     TapChannel* owner_ = nullptr;
+    bool isEnding_ = false;
     EventSource timer_;
 };
 

@@ -12,6 +12,10 @@
 #include <signal.h>
 #include <systemd/sd-daemon.h>
 
+#include <cerrno>
+#include <chrono>
+#include <optional>
+
 namespace quillmere::tap {
 namespace {
 
@@ -61,15 +65,64 @@ private:
     EventSource timer_;
 };
 
+/// Ends the service when it is told to, as an upgrade does while somebody types:
+/// the keyboards are given back between two keys, and nobody loses one.
+class Farewell {
+public:
+    Farewell(sd_event* loop, sd_bus* bus, TapServer& server) : loop_(loop), bus_(bus), server_(server) {}
+
+    bool start() {
+        int status = 0;
+        for (const int signal : {SIGTERM, SIGINT}) {
+            const auto handler = [](sd_event_source*, const signalfd_siginfo*, void* data) {
+                static_cast<Farewell*>(data)->begin();
+                return 0;
+            };
+            if (status >= 0) status = sd_event_add_signal(loop_, nullptr, signal, handler, this);
+        }
+        if (status < 0) Log::error("Cannot wait for signals", status);
+        return status >= 0;
+    }
+
+private:
+    // Far less than the service manager waits, in which everything is passed on.
+    static constexpr Time longest = std::chrono::milliseconds(500);
+    // What a desktop has not read of a virtual keyboard goes with it.
+    static constexpr Time readingTakes = std::chrono::milliseconds(300);
+    static constexpr Time glance = std::chrono::milliseconds(10);
+
+    void begin() {
+        if (by_) return;
+        by_ = monotonicNow() + longest;
+        sd_notify(0, "STOPPING=1");
+        sd_bus_release_name(bus_, KeyTapNames::service);
+        server_.end();
+        look();
+    }
+
+    void look() {
+        const bool isOver = !server_.isGrabbing() || monotonicNow() >= *by_;
+        const int status =
+            isOver ? EventHandler<&Farewell::leave>::at(loop_, timer_, monotonicNow() + readingTakes, glance, this)
+                   : EventHandler<&Farewell::look>::at(loop_, timer_, monotonicNow() + glance, glance, this);
+        if (status < 0) leave();
+    }
+
+    void leave() { sd_event_exit(loop_, 0); }
+
+    sd_event* loop_;
+    sd_bus* bus_;
+    TapServer& server_;
+    std::optional<Time> by_;
+    EventSource timer_;
+};
+
 bool prepareLoop(sd_event* loop) {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
-    // Without a handler sd-event ends the loop with status 0.
     int status = sigprocmask(SIG_BLOCK, &signals, nullptr) < 0 ? -errno : 0;
-    if (status >= 0) status = sd_event_add_signal(loop, nullptr, SIGTERM, nullptr, nullptr);
-    if (status >= 0) status = sd_event_add_signal(loop, nullptr, SIGINT, nullptr, nullptr);
     if (status >= 0) status = sd_event_set_watchdog(loop, 1);
     if (status < 0) Log::error("Cannot set up the event loop", status);
     return status >= 0;
@@ -103,10 +156,12 @@ int run() {
     TapAccess access(grants, sessions, server);
     KeyTapObject object(bus.get(), access);
     IdleExit idle(created, bus.get(), object, server);
+    Farewell farewell(created, bus.get(), server);
     grants.onRevoked = [&] { access.enforce(); };
     server.onTapCountChange = [&] { idle.tapCountChanged(); };
 
-    if (!grants.start(created) || !sessions.start() || !server.start() || !object.start()) return failure;
+    if (!grants.start(created) || !sessions.start() || !server.start() || !farewell.start() || !object.start())
+        return failure;
     idle.arm();
     sd_notify(0, "READY=1");
     const int status = sd_event_loop(created);

@@ -1,4 +1,5 @@
 #include "Tests/Machine/TapTest.h"
+#include "Tests/Machine/Typist.h"
 
 #include <array>
 #include <chrono>
@@ -135,7 +136,7 @@ TEST_P(ServiceFaults, LeaveNoKeyDownAndGiveTheKeyboardBack) {
     const auto [fault, stage] = GetParam();
     reach(stage);
     const pid_t pid = service_.pid();
-    const auto begin = std::chrono::steady_clock::now();
+    auto begin = std::chrono::steady_clock::now();
     switch (fault) {
         case ServiceFault::killed:
             service_.signal(SIGKILL);
@@ -146,6 +147,8 @@ TEST_P(ServiceFaults, LeaveNoKeyDownAndGiveTheKeyboardBack) {
             break;
         case ServiceFault::upgraded:
             service_.upgrade();
+            // Until it has ended everything is passed on.
+            begin = std::chrono::steady_clock::now();
             break;
     }
     finish(stage);
@@ -172,6 +175,28 @@ INSTANTIATE_TEST_SUITE_P(AtEveryStage, ServiceFaults,
                                           testing::Values(Stage::atRest, Stage::modifierHeld, Stage::questionWaits,
                                                           Stage::swallowedKeyHeld)),
                          nameOfPair);
+
+using Upgrade = FaultTest;
+
+TEST_F(Upgrade, LosesNoKeyThatIsTypedMeanwhile) {
+    constexpr const char* name = "Busy keyboard";
+    VirtualKeyboard keyboard({.name = name});
+    listen(TapOwner::Answer::swallow);
+    Typist typist(keyboard);
+    const auto goesThroughClone = [&] {
+        const std::vector<DeskEvent> events = desk_.events();
+        return !events.empty() && events.back().device == name && events.back().isFromClone;
+    };
+    ASSERT_TRUE(waitUntil(goesThroughClone)) << desk_.describe();
+    service_.upgrade();
+    ASSERT_TRUE(waitUntil([&] { return !goesThroughClone(); })) << desk_.describe();
+    // The program comes back to the new one.
+    EXPECT_TRUE(waitUntil([&] { return owner().isClosed(); }));
+    ASSERT_TRUE(waitUntil([&] { return owner().open().empty(); }));
+    owner().send(tap::Interest{.shortcuts = {ctrlSpace}});
+    ASSERT_TRUE(waitUntil(goesThroughClone)) << desk_.describe();
+    EXPECT_TRUE(hasGot(typist.stop()));
+}
 
 using Stalled = FaultTest;
 
