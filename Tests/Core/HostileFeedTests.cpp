@@ -132,29 +132,29 @@ void addVersionsAndAddresses(Bodies& bodies) {
 }
 
 void addSizes(Bodies& bodies) {
-    constexpr std::size_t large = 10U << 20;
+    // Twice what is ever fetched.
+    constexpr std::size_t large = 2U << 20;
     std::mt19937 random(3);
     std::string junk(large, '\0');
     std::ranges::generate(junk, [&] { return static_cast<char>(random() & 0xFFU); });
-    bodies.push_back({"10 MiB of junk", junk, Answer::unreadable});
-    bodies.push_back({"10 MiB of blanks", std::string(large, ' '), Answer::unreadable});
-    bodies.push_back({"10 MiB of blanks around", std::string(large, ' ') + goodFeed, Answer::available});
-    bodies.push_back({"10 MiB of quotes", std::string(large, '"'), Answer::unreadable});
+    bodies.push_back({"2 MiB of junk", junk, Answer::unreadable});
+    bodies.push_back({"2 MiB of blanks", std::string(large, ' '), Answer::unreadable});
+    bodies.push_back({"2 MiB of blanks around", std::string(large, ' ') + goodFeed, Answer::available});
+    bodies.push_back({"2 MiB of quotes", std::string(large, '"'), Answer::unreadable});
     bodies.push_back(
-        {"10 MiB of one note", with("notes", "{\"en\":[\"" + std::string(large, 'x') + "\"]}"), Answer::available});
-    bodies.push_back({"10 MiB of version", with("version", "\"" + std::string(large, '9') + "\""), Answer::unreadable});
-    bodies.push_back({"10 MiB of numbers in a version", with("version", "\"2" + repeated(large / 2, ".0") + "\""),
+        {"2 MiB of one note", with("notes", "{\"en\":[\"" + std::string(large, 'x') + "\"]}"), Answer::available});
+    bodies.push_back({"2 MiB of version", with("version", "\"" + std::string(large, '9') + "\""), Answer::unreadable});
+    bodies.push_back({"2 MiB of numbers in a version", with("version", "\"2" + repeated(large / 2, ".0") + "\""),
                       Answer::available});
-    bodies.push_back({"10 MiB of file name", with("file", "\"" + std::string(large, ' ') + "\""), Answer::available});
+    bodies.push_back({"2 MiB of file name", with("file", "\"" + std::string(large, ' ') + "\""), Answer::available});
     bodies.push_back(
-        {"a million notes", with("notes", "{\"en\":[" + repeated(999'999, "\"\",") + "\"\"]}"), Answer::available});
-    bodies.push_back({"a million equal keys",
-                      "{" + repeated(1'000'000, "\"version\":1,") + R"("version":"2.0","file":"a"})",
-                      Answer::available});
+        {"200,000 notes", with("notes", "{\"en\":[" + repeated(199'999, "\"\",") + "\"\"]}"), Answer::available});
+    bodies.push_back({"200,000 equal keys",
+                      "{" + repeated(200'000, "\"version\":1,") + R"("version":"2.0","file":"a"})", Answer::available});
     std::string keys = "{\"version\":\"2.0\"";
-    for (int i = 0; i < 200'000; ++i)
+    for (int i = 0; i < 100'000; ++i)
         keys += ",\"key" + std::to_string(i) + "\":0";
-    bodies.push_back({"200,000 keys", keys + ",\"file\":\"a\"}", Answer::available});
+    bodies.push_back({"100,000 keys", keys + ",\"file\":\"a\"}", Answer::available});
 }
 
 Bodies hostileBodies() {
