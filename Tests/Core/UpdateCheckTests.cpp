@@ -195,18 +195,19 @@ TEST(ShouldPresent, OnlyTheVeryVersionThatWasSkippedIsHeldBack) {
 }
 
 TEST(IsDue, ACheckIsDueAfterTheIntervalOrWhenTheClockWentBack) {
-    using std::chrono::nanoseconds;
+    // The finest that every system's clock counts.
+    using std::chrono::microseconds;
     using std::chrono::seconds;
     constexpr double day = 86400.0;
-    const Date now = Date(seconds(1'700'000'000)) + nanoseconds(123'456'789);
+    const Date now = Date(seconds(1'700'000'000)) + microseconds(123'456);
     EXPECT_TRUE(UpdateCheck::isDue(std::nullopt, now, day));
     EXPECT_TRUE(UpdateCheck::isDue(now - seconds(86400), now, day));
     EXPECT_FALSE(UpdateCheck::isDue(now - seconds(86399), now, day));
-    EXPECT_FALSE(UpdateCheck::isDue(now - seconds(86400) + nanoseconds(1000), now, day));
+    EXPECT_FALSE(UpdateCheck::isDue(now - seconds(86400) + microseconds(1), now, day));
     EXPECT_TRUE(UpdateCheck::isDue(now - seconds(86401), now, day));
     EXPECT_FALSE(UpdateCheck::isDue(now, now, day));
     EXPECT_TRUE(UpdateCheck::isDue(now + seconds(1), now, day));
-    EXPECT_TRUE(UpdateCheck::isDue(now + nanoseconds(1000), now, day));
+    EXPECT_TRUE(UpdateCheck::isDue(now + microseconds(1), now, day));
     EXPECT_TRUE(UpdateCheck::isDue(now, now, 0.0));
     EXPECT_TRUE(UpdateCheck::isDue(now - seconds(1), now, 0.5));
     EXPECT_FALSE(UpdateCheck::isDue(now - seconds(1), now, 1.5));

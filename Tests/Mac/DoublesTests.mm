@@ -1,6 +1,7 @@
 // The played system punishes what the real one does: else the other tests would
 // prove little.
 #include "Quillmere/Platform/Mac/CoreFoundationText.h"
+#include "Quillmere/Platform/Mac/NativePlatePanel.h"
 #include "Quillmere/Platform/Mac/Owned.h"
 #include "Tests/Mac/Doubles/AppKit.h"
 #include "Tests/Mac/Doubles/Foundation.h"
@@ -10,6 +11,8 @@
 #include <CoreGraphics/CoreGraphics.h>
 
 #include <gtest/gtest.h>
+
+#include <QWidget>
 
 #include <thread>
 
@@ -55,6 +58,12 @@ TEST_F(DoublesDeathTest, OneReleaseTooMany) {
 TEST_F(DoublesDeathTest, ACallOnAnotherThread) {
     EXPECT_DEATH(std::thread([] { TISCopyCurrentKeyboardInputSource(); }).join(), "on another thread");
     EXPECT_DEATH(std::thread([] { [NSPanel alloc]; }).join(), "on another thread");
+    EXPECT_DEATH(
+        {
+            const NativePlatePanel panel;
+            std::thread([] { [appkit::windows().back() orderFrontRegardless]; }).join();
+        },
+        "on another thread");
 }
 
 TEST_F(DoublesDeathTest, AnObjectOfAnotherKind) {

@@ -2,6 +2,7 @@
 // and the allocator are asked for.
 #include "Quillmere/Palette.h"
 #include "Quillmere/Platform/Mac/MacWorkspace.h"
+#include "Quillmere/Platform/Mac/NativeColor.h"
 #include "Quillmere/Platform/Mac/ServiceLoginItem.h"
 #include "Quillmere/Platform/Mac/SettingsPermissionRequest.h"
 #include "Quillmere/Platform/Mac/SystemAppearance.h"
@@ -45,6 +46,10 @@ TEST_F(MacApplicationTest, ItIsAsDarkAsTheApplicationsAppearanceAndHearsOfChange
     EXPECT_EQ(changes.count(), 2);
 }
 
+TEST_F(MacApplicationTest, AnAppearanceOfAnotherKindIsLight) {
+    EXPECT_FALSE(NativeColor::isDark(appkit::unknownAppearance()));
+}
+
 TEST_F(MacApplicationTest, AnAppearanceThatIsGoneHearsNothing) {
     {
         const SystemAppearance appearance;
@@ -62,7 +67,8 @@ TEST_F(MacApplicationTest, ThereIsGlassFromVersion26On) {
 TEST_F(MacApplicationTest, TheTitleBarIsOneWithTheWindowInLightAndDark) {
     MacWorkspace workspace;
     QWidget window;
-    workspace.blendTitleBar(window, Palette::window().light, Palette::window().dark);
+    // The colours are gone when the system asks for them.
+    workspace.blendTitleBar(window, QColor(Palette::window().light), QColor(Palette::window().dark));
     NSWindow* const native = appkit::windowOf(window);
     EXPECT_TRUE(native.titlebarAppearsTransparent);
     for (const bool isDark : {false, true}) {

@@ -1,25 +1,27 @@
-// The Mac that the smoke tests find where there is none.
+#include "Tests/Mac/PlayedMac.h"
+
 #include "Tests/Mac/Doubles/TextInput.h"
 
-#include <gtest/gtest.h>
+#include <string_view>
 
-#include <QByteArray>
+namespace quillmere {
 
 namespace {
 
-/// One layout, and it is current.
-class PlayedMac : public testing::Environment {
-public:
-    // The application object is made before the tests are set up.
-    PlayedMac() { qputenv("QT_QPA_PLATFORM", "offscreen"); }
-
-    void SetUp() override {
-        textinput::installed = {{.id = "com.apple.keylayout.ABC", .name = "ABC", .languages = {"en"}}};
-        textinput::current = 0;
-    }
-};
-
-// GoogleTest deletes it.
-[[maybe_unused]] const testing::Environment* const playedMac = testing::AddGlobalTestEnvironment(new PlayedMac);
+bool isSmoke(const testing::TestSuite& suite) {
+    return std::string_view(suite.name()) == "MacSmoke";
+}
 
 }  // namespace
+
+void PlayedMac::OnTestSuiteStart(const testing::TestSuite& suite) {
+    if (!isSmoke(suite)) return;
+    textinput::installed = {{.id = "com.apple.keylayout.ABC", .name = "ABC", .languages = {"en"}}};
+    textinput::current = 0;
+}
+
+void PlayedMac::OnTestSuiteEnd(const testing::TestSuite& suite) {
+    if (isSmoke(suite)) textinput::reset();
+}
+
+}  // namespace quillmere

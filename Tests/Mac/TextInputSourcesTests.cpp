@@ -34,6 +34,23 @@ TEST_F(TextInputSourcesTest, TheSwitchableOnesAreListedInTheSystemsOrder) {
     EXPECT_EQ(textinput::selections(), 0) << "the system is not even asked";
 }
 
+TEST_F(TextInputSourcesTest, WhatIsListedWithoutBeingAskedForIsNotOfferedEither) {
+    textinput::listsAll = true;
+    textinput::installed[0].isEnabled = false;
+    textinput::installed[1].isSelectCapable = false;
+    const auto records = service.sources();
+    ASSERT_EQ(records.size(), 3U);
+    EXPECT_FALSE(records[0].enabled);
+    EXPECT_FALSE(records[1].selectCapable);
+    ASSERT_EQ(sources.available().size(), 1U);
+    EXPECT_EQ(sources.available()[0].id, japanese);
+}
+
+TEST_F(TextInputSourcesTest, LanguagesThatAreNoListAreNone) {
+    textinput::installed = {{.id = "a", .name = "A", .languageText = "uk"}};
+    EXPECT_EQ(sources.available(), (std::vector<SourceInfo>{{"a", "A", ""}}));
+}
+
 TEST_F(TextInputSourcesTest, WhatIsSelectedIsCurrent) {
     EXPECT_EQ(sources.currentID(), english);
     EXPECT_TRUE(sources.select(japanese));

@@ -1,6 +1,4 @@
-// The program itself, from its delegate down, on the layer for macOS: only the
-// system beneath is played, and the time.
-#include "Quillmere/AppDelegate.h"
+// What the program does on a Mac, scene by scene.
 #include "Quillmere/Menu/StatusItem.h"
 #include "Quillmere/Palette.h"
 #include "Quillmere/Platform/SingleInstance.h"
@@ -10,68 +8,20 @@
 #include "Tests/Mac/Doubles/LoginItems.h"
 #include "Tests/Mac/Doubles/Preferences.h"
 #include "Tests/Mac/Doubles/TextInput.h"
-#include "Tests/Mac/MacTest.h"
 #include "Tests/Mac/OpenedAddresses.h"
+#include "Tests/Mac/WholeApplicationTest.h"
 #include "Tests/Support/HttpServer.h"
-#include "Tests/Support/ManualQueue.h"
-#include "Tests/Support/Settle.h"
 #include "Tests/Support/WaitUntil.h"
 
+#include <QAbstractButton>
 #include <QAction>
-#include <QPushButton>
 #include <QSystemTrayIcon>
-#include <QTest>
 
 namespace quillmere {
 namespace {
 
 using namespace support;
 using windowserver::Fate;
-
-constexpr std::int64_t keyK = 40;
-constexpr std::uint64_t command = KeyEventFlags::command;
-
-class WholeApplicationTest : public MacTest {
-protected:
-    ~WholeApplicationTest() override {
-        delegate.reset();
-        settle();
-        appkit::reset();
-        loginitems::reset();
-        macversion::major = 26;
-        Palette::setDark(false);
-    }
-
-    void store(const Config& config) { preferences::store("config", cf::make(cf::Kind::data, encodeConfig(config))); }
-    /// One group of all three sources, bound to ⌘K.
-    static Config threeOnCommandK() {
-        return {true, {{makeUUID(), Shortcut{keyK, Modifiers::command}, {english, ukrainian, japanese}}}, {}};
-    }
-    void launch() {
-        Platform platform = makePlatform();
-        auto manual = std::make_unique<ManualQueue>();
-        queue = manual.get();
-        platform.mainQueue = std::move(manual);
-        delegate = std::make_unique<AppDelegate>(std::move(platform));
-        delegate->applicationDidFinishLaunching();
-    }
-    /// Presses and releases ⌘K.
-    Fate pressCommandK() {
-        const Fate fate = down(keyK, command);
-        EXPECT_EQ(up(keyK, command), fate);
-        queue->advance(0);
-        return fate;
-    }
-    static NSWindow* plate() {
-        for (NSWindow* window : appkit::windows())
-            if ([window isKindOfClass:[NSPanel class]]) return window;
-        return nil;
-    }
-    QAction* entry(int index) { return delegate->statusItem()->menu().actions().at(index); }
-
-    ManualQueue* queue = nullptr;  ///< owned by the application
-    std::unique_ptr<AppDelegate> delegate;
-};
 
 TEST_F(WholeApplicationTest, AShortcutIsSwallowedSelectsTheNextSourceAndShowsThePlate) {
     macversion::major = 15;
@@ -208,11 +158,9 @@ TEST_F(WholeApplicationTest, TheStatusItemIsATemplateAndItsMenuWorks) {
     entry(0)->trigger();
     EXPECT_EQ(pressCommandK(), Fate::swallowed);
     EXPECT_EQ(delegate->settingsWindow(), nullptr);
-    entry(1)->trigger();
-    QWidget* const settings = delegate->settingsWindow()->window();
-    ASSERT_NE(settings, nullptr);
-    EXPECT_TRUE(settings->isVisible());
-    EXPECT_TRUE(appkit::windowOf(*settings).titlebarAppearsTransparent);
+    QWidget& settings = openSettings();
+    EXPECT_TRUE(settings.isVisible());
+    EXPECT_TRUE(appkit::windowOf(settings).titlebarAppearsTransparent);
     EXPECT_EQ(appkit::activations(), 1);
 }
 

@@ -1,6 +1,6 @@
 """What a bundle's parts must be like, where there is no Mac to build one.
 
-    bundle_tests.py INFO_PLIST ICONSET_PROGRAM PACKAGING_FOLDER
+    bundle_tests.py INFORMATION_FOLDER ICONSET_PROGRAM PACKAGING_FOLDER
 """
 
 import os
@@ -12,12 +12,16 @@ import sys
 import tempfile
 import unittest
 
-INFO, ICONSET, PACKAGING = sys.argv[1:4]
+INFORMATION, ICONSET, PACKAGING = sys.argv[1:4]
+
+
+def information(name):
+    return plistlib.loads((pathlib.Path(INFORMATION) / name).read_bytes())
 
 
 class InfoPlist(unittest.TestCase):
     def setUp(self):
-        self.info = plistlib.loads(pathlib.Path(INFO).read_bytes())
+        self.info = information("WithoutFeed.plist")
 
     def test_the_program_lives_in_the_menu_bar_only_and_once(self):
         self.assertIs(self.info["LSUIElement"], True)
@@ -33,6 +37,10 @@ class InfoPlist(unittest.TestCase):
 
     def test_without_a_feed_the_key_is_left_out(self):
         self.assertNotIn("QuillmereUpdateFeed", self.info)
+
+    def test_the_feeds_address_is_kept_with_every_sign_in_it(self):
+        self.assertEqual(information("WithFeed.plist"),
+                         self.info | {"QuillmereUpdateFeed": "https://example.org/feed.json?a=<1>&b=2"})
 
 
 class IconSet(unittest.TestCase):

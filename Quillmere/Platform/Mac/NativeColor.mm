@@ -7,8 +7,7 @@
 namespace quillmere {
 
 NSColor* NativeColor::make(const QColor& color) {
-    const QColor rgb = color.toRgb();
-    return [NSColor colorWithSRGBRed:rgb.redF() green:rgb.greenF() blue:rgb.blueF() alpha:rgb.alphaF()];
+    return [NSColor colorWithSRGBRed:color.redF() green:color.greenF() blue:color.blueF() alpha:color.alphaF()];
 }
 
 NSColor* NativeColor::makeDynamic(const QColor& light, const QColor& dark) {

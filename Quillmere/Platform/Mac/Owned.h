@@ -16,10 +16,7 @@ public:
     /// From one of a class that `Object` is a superclass of.
     template <class Derived>
     Owned(Owned<Derived>&& other) : object_(other.release()) {}
-    Owned& operator=(Owned&& other) noexcept {
-        std::swap(object_, other.object_);
-        return *this;
-    }
+    Owned& operator=(Owned&& other) = delete;
     ~Owned() { [object_ release]; }
 
     Object* get() const { return object_; }

@@ -23,6 +23,9 @@ extern std::optional<std::size_t> mainScreen;  ///< the one with the focus
 /// Makes the application dark or light, and tells those who observe that.
 void setDark(bool isDark);
 
+/// One that is like neither the light nor the dark one.
+NSAppearance* unknownAppearance();
+
 /// The windows that live, in the order of their making.
 const std::vector<NSWindow*>& windows();
 /// What was done to windows, in order.

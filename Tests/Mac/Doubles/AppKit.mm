@@ -42,7 +42,8 @@ NSAppearanceName const NSAppearanceNameDarkAqua = name("NSAppearanceNameDarkAqua
     const bool isComplete = items.size() == 2 && items[0] == cf::object(NSAppearanceNameDarkAqua)
                             && items[1] == cf::object(NSAppearanceNameAqua);
     misuse::stopIf(!isComplete, "a choice between other appearances");
-    return reinterpret_cast<NSString*>(const_cast<void*>(name_));
+    const bool isAmongThem = std::ranges::find(items, cf::object(name_)) != items.end();
+    return isAmongThem ? reinterpret_cast<NSString*>(const_cast<void*>(name_)) : nil;
 }
 @end
 
@@ -141,6 +142,10 @@ void setDark(bool isDark) {
     NSString* const keyPath = name("effectiveAppearance");
     for (NSObject* observer : std::vector(observers))
         [observer observeValueForKeyPath:keyPath ofObject:application change:nil context:nullptr];
+}
+
+NSAppearance* unknownAppearance() {
+    return [[[NSAppearance alloc] initWithName:name("of another kind")] autorelease];
 }
 
 std::array<double, 4> resolved(NSColor* color, bool isDark) {

@@ -10,12 +10,6 @@ extern "C" id class_createInstance(Class aClass, std::size_t extraBytes);
 extern "C" id object_dispose(id object);
 extern "C" Class class_getSuperclass(Class aClass);
 
-// It never frees its tables.
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libobjc";
-}
-
 namespace macversion {
 
 NSInteger major = 26;

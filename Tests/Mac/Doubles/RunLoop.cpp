@@ -56,6 +56,7 @@ void CFMachPortInvalidate(CFMachPortRef ref) {
     port->isValid = port->isServed = false;
     for (const cf::Object* source : std::exchange(port->items, {}))
         CFRelease(source);
+    if (std::exchange(port->isHeld, false)) CFRelease(port);
 }
 
 }  // extern "C"

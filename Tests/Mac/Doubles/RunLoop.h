@@ -10,6 +10,7 @@ struct Port : cf::Object {
     Port() : Object(cf::Kind::port) {}
 
     bool isValid = true;
+    bool isHeld = false;    ///< by the system, until it is invalid
     bool isServed = false;  ///< also while a menu is tracked or a window dragged
 };
 

@@ -12,6 +12,7 @@ namespace textinput {
 std::vector<Source> installed;
 std::optional<std::size_t> current;
 int refusal = 0;
+bool listsAll = false;
 bool answers = true;
 
 namespace {
@@ -33,8 +34,10 @@ cf::Object* make(std::size_t index) {
     if (!source.type.empty()) members["type"] = cf::string(source.type);
     if (source.name) members["name"] = cf::string(*source.name);
     if (!source.languages.empty()) members["languages"] = strings(source.languages);
+    if (source.languageText) members["languages"] = cf::string(*source.languageText);
     members["enabled"] = cf::boolean(source.isEnabled);
-    members["selectCapable"] = cf::boolean(source.isSelectCapable);
+    // What is not so may also just not say that it is.
+    if (source.isSelectCapable) members["selectCapable"] = cf::boolean(true);
     return object;
 }
 
@@ -55,6 +58,7 @@ void reset() {
     installed.clear();
     current.reset();
     refusal = selected = 0;
+    listsAll = false;
     answers = true;
 }
 
@@ -77,12 +81,13 @@ const CFStringRef kTISTypeKeyboardInputMode = CFSTR("TISTypeKeyboardInputMode");
 
 CFArrayRef TISCreateInputSourceList(CFDictionaryRef filter, Boolean includeAllInstalled) {
     misuse::stopOffMainThread("TISCreateInputSourceList");
+    misuse::stopIf(includeAllInstalled, "sources that the user has not enabled, which costs much memory");
     if (!answers) return nullptr;
     std::vector<const cf::Object*> items;
     for (std::size_t i = 0; i < installed.size(); ++i) {
-        if (!installed[i].isEnabled && !includeAllInstalled) continue;
+        if (!installed[i].isEnabled && !listsAll) continue;
         cf::Object* const source = make(i);
-        if (matches(*source, *object(filter, Kind::dictionary)))
+        if (listsAll || matches(*source, *object(filter, Kind::dictionary)))
             items.push_back(source);
         else
             CFRelease(source);

@@ -103,6 +103,9 @@ CFMachPortRef CGEventTapCreate(CGEventTapLocation location, CGEventTapPlacement 
     if (!isTrusted) return nullptr;
     ++made;
     tap = new Tap;
+    // It goes on asking a port that nobody else knows any more.
+    CFRetain(tap);
+    tap->isHeld = true;
     tap->mask = mask;
     tap->callback = callback;
     tap->userInfo = userInfo;

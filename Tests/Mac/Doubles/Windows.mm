@@ -173,15 +173,18 @@ using namespace appkit;
     alphaValue_ = grouping->duration > 0 ? (alphaValue_ + alpha) / 2 : alpha;
 }
 - (void)setFrame:(NSRect)frame display:(BOOL)display {
+    misuse::stopOffMainThread("a window's frame");
     misuse::stopIf(!display, "a frame that is drawn later");
     frame_ = frame;
     calls().emplace_back("setFrame");
 }
 - (void)orderFrontRegardless {
+    misuse::stopOffMainThread("a window's showing");
     visible_ = YES;
     calls().emplace_back("orderFrontRegardless");
 }
 - (void)orderOut:(id)sender {
+    misuse::stopOffMainThread("a window's hiding");
     if (std::exchange(visible_, NO)) calls().emplace_back("orderOut");
 }
 - (void)invalidateShadow {
@@ -210,6 +213,7 @@ using namespace appkit;
 @implementation NSAnimationContext
 @synthesize duration = duration_;
 + (void)runAnimationGroup:(void (^)(NSAnimationContext*))changes completionHandler:(void (^)(void))completion {
+    misuse::stopOffMainThread("an animation");
     NSAnimationContext* const context = [[[NSAnimationContext alloc] init] autorelease];
     context.duration = 0.25;
     Animation animation{.completion = Block_copy(completion)};
