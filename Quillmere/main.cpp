@@ -10,7 +10,7 @@ int main(int argc, char** argv) {
     QApplication::setStyle(QStringLiteral("Fusion"));
     const auto application = quillmere::makeApplication(argc, argv);
     QApplication::setApplicationName("Quillmere");
-    QApplication::setDesktopFileName("quillmere");
+    QApplication::setDesktopFileName("org.quillmere.Quillmere");
     QApplication::setQuitOnLastWindowClosed(false);
 
     const auto instance = quillmere::makeSingleInstance();
