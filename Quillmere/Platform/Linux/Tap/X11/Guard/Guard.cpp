@@ -19,6 +19,10 @@ namespace {
 /// No shortcut begins with these alone.
 constexpr unsigned int harmless = ShiftMask | LockMask;
 
+bool mayBeginShortcut(unsigned int heldModifiers) {
+    return (heldModifiers & ~harmless) != 0;
+}
+
 }  // namespace
 
 Guard::Guard(Display* display, int socket, unsigned long resource)
@@ -30,7 +34,9 @@ Guard::Guard(Display* display, int socket, unsigned long resource)
     XkbQueryExtension(display_, &opcode, &xkbEventBase_, &firstError, &major, &minor);
     const unsigned long held = XkbModifierBaseMask | XkbModifierLatchMask;
     XkbSelectEventDetails(display_, XkbUseCoreKbd, XkbStateNotify, held, held);
-    XFlush(display_);
+    XkbStateRec state{};
+    if (XkbGetState(display_, XkbUseCoreKbd, &state) == Success)
+        isModifierHeld_ = mayBeginShortcut(state.base_mods | state.latched_mods);
 }
 
 void Guard::run() {
@@ -55,7 +61,7 @@ void Guard::readEvents() {
         if (event.type != xkbEventBase_) continue;
         const auto& notice = reinterpret_cast<const XkbEvent&>(event);
         if (notice.any.xkb_type != XkbStateNotify) continue;
-        isModifierHeld_ = ((notice.state.base_mods | notice.state.latched_mods) & ~harmless) != 0;
+        isModifierHeld_ = mayBeginShortcut(notice.state.base_mods | notice.state.latched_mods);
     }
 }
 
