@@ -4,6 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+
+#include <optional>
+#include <string>
+
 // What the real compositor does not do at a test's wish; the rest is tried on
 // that one.
 namespace quillmere {
@@ -31,13 +36,23 @@ protected:
     ~FakeSwayTest() override { qunsetenv("SWAYSOCK"); }
 
     void start() {
+        QCoreApplication::processEvents();
         sources = SwayInputSources::create();
         ASSERT_NE(sources, nullptr);
     }
     void tell(const std::vector<QByteArray>& keyboards) {
         sway.setInputs("[" + QByteArrayList(keyboards.begin(), keyboards.end()).join(", ") + "]");
     }
-    int select(const char* id) const { return sources->select({.id = id}); }
+    // Each in a turn of the event loop of its own, since one turn has the time
+    // of one switch only.
+    std::optional<std::string> currentID() const {
+        QCoreApplication::processEvents();
+        return sources->currentID();
+    }
+    int select(const char* id) const {
+        QCoreApplication::processEvents();
+        return sources->select({.id = id});
+    }
 
     support::TemporaryFolder folder;
     FakeSway sway{folder.path() / "sway"};
@@ -47,13 +62,13 @@ protected:
 TEST_F(FakeSwayTest, OfKeyboardsThatDifferTheOneSwitchedLastSaysWhatIsCurrent) {
     tell({keyboard(external, 0), keyboard(board, 1)});
     start();
-    EXPECT_EQ(sources->currentID(), "xkb:ua");
+    EXPECT_EQ(currentID(), "xkb:ua");
     sway.addEvent(event("xkb_layout", keyboard(external, 0)));
-    EXPECT_EQ(sources->currentID(), "xkb:us");
+    EXPECT_EQ(currentID(), "xkb:us");
     sway.addEvent(event("xkb_layout", keyboard(board, 1)));
-    EXPECT_EQ(sources->currentID(), "xkb:ua");
+    EXPECT_EQ(currentID(), "xkb:ua");
     sway.addEvent(event("xkb_layout", keyboard("0:0:virtual_keyboard", 0)));
-    EXPECT_EQ(sources->currentID(), "xkb:ua") << "a program's keyboard is not typed on";
+    EXPECT_EQ(currentID(), "xkb:ua") << "a program's keyboard is not typed on";
 }
 
 TEST_F(FakeSwayTest, AKeyboardThatReplacesAnotherUnseenTakesUpTheLayoutInUse) {
@@ -62,7 +77,7 @@ TEST_F(FakeSwayTest, AKeyboardThatReplacesAnotherUnseenTakesUpTheLayoutInUse) {
     sway.addEvent(event("removed", keyboard(board, 1)));
     sway.addEvent(event("added", keyboard(board, 0)));
     tell({keyboard(board, 0), keyboard(external, 1)});
-    EXPECT_EQ(sources->currentID(), "xkb:ua");
+    EXPECT_EQ(currentID(), "xkb:ua");
     ASSERT_EQ(sway.commands().size(), 1U);
     EXPECT_TRUE(sway.commands()[0].starts_with("input \"1:1:Board\" xkb_switch_layout 1;")) << sway.commands()[0];
 }
@@ -82,7 +97,7 @@ TEST_F(FakeSwayTest, AnAnswerInPiecesIsPutTogether) {
     start();
     for (int i = 0; i < 20; ++i) {
         sway.addEvent(event("xkb_layout", keyboard(board, 1)));
-        EXPECT_EQ(sources->currentID(), "xkb:ua");
+        EXPECT_EQ(currentID(), "xkb:ua");
     }
 }
 
@@ -92,29 +107,29 @@ TEST_F(FakeSwayTest, WhatIsNoAnswerIsNoneAndTheNextCallBeginsAnew) {
     const std::string tooLong = FakeSway::message(100, "").replace(6, 4, "\xff\xff\xff\xff");
     for (const std::string& bytes : {std::string(100, 'x'), tooLong, std::string("i3-ipc")}) {
         sway.setWireAnswer(bytes);
-        EXPECT_EQ(sources->currentID(), std::nullopt);
+        EXPECT_EQ(currentID(), std::nullopt);
         sway.setWireAnswer({});
         sway.hangUp();
-        EXPECT_EQ(sources->currentID(), "xkb:ua");
+        EXPECT_EQ(currentID(), "xkb:ua");
     }
     for (const char* payload : {"", "{}", "[", "\xff", "[[[[[[", "null"}) {
         sway.setWireAnswer(FakeSway::message(100, payload));
-        EXPECT_EQ(sources->currentID(), std::nullopt) << payload;
+        EXPECT_EQ(currentID(), std::nullopt) << payload;
     }
     sway.setWireAnswer({});
-    EXPECT_EQ(sources->currentID(), "xkb:ua");
+    EXPECT_EQ(currentID(), "xkb:ua");
 }
 
 TEST_F(FakeSwayTest, AConnectionThatTheCompositorClosedIsMadeAgain) {
     tell({keyboard(board, 1)});
     start();
     sway.hangUp();
-    EXPECT_EQ(sources->currentID(), "xkb:ua");
+    EXPECT_EQ(currentID(), "xkb:ua");
     EXPECT_EQ(sway.connectionCount(), 2U);
     // Its events are listened to as those of the first.
     tell({keyboard(external, 0), keyboard(board, 1)});
     sway.addEvent(event("xkb_layout", keyboard(external, 0)));
-    EXPECT_EQ(sources->currentID(), "xkb:us");
+    EXPECT_EQ(currentID(), "xkb:us");
 }
 
 TEST_F(FakeSwayTest, EventsOfAnyKindDoNoHarm) {
@@ -124,7 +139,7 @@ TEST_F(FakeSwayTest, EventsOfAnyKindDoNoHarm) {
          {"", "null", "[]", "{}", R"({"change": 1})", R"({"change": "xkb_layout", "input": []})",
           R"({"change": "added"})", R"({"change": "xkb_layout", "input": {"identifier": "1:1:Board"}})"})
         sway.addEvent(text);
-    EXPECT_EQ(sources->currentID(), "xkb:ua");
+    EXPECT_EQ(currentID(), "xkb:ua");
 }
 
 }  // namespace

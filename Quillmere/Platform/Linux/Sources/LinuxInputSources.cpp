@@ -1,39 +1,57 @@
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
 
+#include "Quillmere/Platform/Linux/Sources/Kde/KdeInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Xkb/XkbInputSources.h"
 
-#include <array>
+#include <algorithm>
+#include <utility>
 
 namespace quillmere {
 
 namespace {
 
-/// A desktop whose layouts the program cannot reach.
-class NoInputSources : public InputSourceService {
-public:
-    std::vector<InputSourceRecord> sources() override { return {}; }
-    std::optional<std::string> currentID() override { return std::nullopt; }
-    int select(const InputSourceRecord&) override { return 1; }
-};
-
-/// Makes the input sources of one kind of desktop; null on any other.
-using Backend = std::unique_ptr<InputSourceService> (*)();
-
-template <typename Sources>
-std::unique_ptr<InputSourceService> createOne() {
-    return Sources::create();
-}
-
-// Compositors first, since most of them have an X server too.
-constexpr std::array<Backend, 2> backends{createOne<SwayInputSources>, createOne<XkbInputSources>};
+constexpr int statusRefused = 1;
 
 }  // namespace
 
+LinuxInputSources::LinuxInputSources(std::vector<std::unique_ptr<DesktopInputSources>> kinds)
+    : kinds_(std::move(kinds)) {
+    std::erase(kinds_, nullptr);
+}
+
+/// The answer of the first kind that is there, also once it has been asked: a
+/// desktop may be found to have gone only then.
+template <typename Answer, typename Ask>
+Answer LinuxInputSources::ask(Answer none, const Ask& question) {
+    for (const auto& kind : kinds_) {
+        if (!kind->isAvailable()) continue;
+        Answer answer = question(*kind);
+        if (kind->isAvailable()) return answer;
+    }
+    return none;
+}
+
+std::vector<InputSourceRecord> LinuxInputSources::sources() {
+    return ask(std::vector<InputSourceRecord>(), [](DesktopInputSources& kind) { return kind.sources(); });
+}
+
+std::optional<std::string> LinuxInputSources::currentID() {
+    return ask(std::optional<std::string>(), [](DesktopInputSources& kind) { return kind.currentID(); });
+}
+
+int LinuxInputSources::select(const InputSourceRecord& source) {
+    return ask(statusRefused, [&](DesktopInputSources& kind) { return kind.select(source); });
+}
+
 std::unique_ptr<InputSourceService> makeLinuxInputSources() {
-    for (const Backend create : backends)
-        if (std::unique_ptr<InputSourceService> sources = create()) return sources;
-    return std::make_unique<NoInputSources>();
+    std::vector<std::unique_ptr<DesktopInputSources>> kinds;
+    // Compositors first, since most of them have an X server too; and KDE has
+    // the last word about its layouts on one.
+    kinds.push_back(SwayInputSources::create());
+    kinds.push_back(KdeInputSources::create());
+    kinds.push_back(XkbInputSources::create());
+    return std::make_unique<LinuxInputSources>(std::move(kinds));
 }
 
 }  // namespace quillmere

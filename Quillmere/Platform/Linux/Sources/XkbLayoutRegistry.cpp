@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
+
+#include <libintl.h>
 
 namespace quillmere {
 
@@ -33,6 +36,20 @@ std::string nameInKeymap(std::string name) {
     return name;
 }
 
+/// The name in the user's language, as the desktops show it, too: the list's
+/// own translations.
+std::string translated(const std::string& name) {
+    return nameInKeymap(dgettext("xkeyboard-config", name.c_str()));
+}
+
+/// Whether the text is the name, or shows it after another one.
+bool endsWithName(std::string_view text, std::string_view name) {
+    constexpr std::string_view separator = " - ";
+    if (name.empty() || !text.ends_with(name)) return false;
+    text.remove_suffix(name.size());
+    return text.empty() || text.ends_with(separator);
+}
+
 template <typename Known, typename Keys>
 bool areAllIn(const Known& known, const Keys& keys) {
     return std::ranges::all_of(keys, [&](const auto& key) { return known.contains(key); });
@@ -44,36 +61,35 @@ std::string XkbLayout::id() const {
     return variant.empty() ? "xkb:" + layout : "xkb:" + layout + "+" + variant;
 }
 
+template <typename Known, typename Keys>
+std::vector<typename Known::mapped_type> XkbLayoutRegistry::lookUp(Known& known, const Keys& keys) {
+    if (!areAllIn(known, keys)) {
+        learn(keys, Part::main);
+        if (!areAllIn(known, keys)) learn(keys, Part::withRare);
+        // The list is a document of some megabytes, read for a few names.
+        giveBackMemory();
+    }
+    std::vector<typename Known::mapped_type> result;
+    result.reserve(keys.size());
+    for (const auto& key : keys)
+        // What both parts lack is remembered as such, so that it is not looked for again.
+        result.push_back(known[key]);
+    return result;
+}
+
 std::vector<std::optional<XkbLayoutDescription>> XkbLayoutRegistry::describe(const std::string& rules,
                                                                              const std::vector<XkbLayout>& layouts) {
     if (rules != rules_) known_.clear();
     rules_ = rules;
-    if (!areAllIn(known_, layouts)) {
-        learn(layouts, Part::main);
-        if (!areAllIn(known_, layouts)) learn(layouts, Part::withRare);
-        // The list is a document of some megabytes, read for a few names.
-        giveBackMemory();
-    }
-    std::vector<std::optional<XkbLayoutDescription>> result;
-    result.reserve(layouts.size());
-    for (const XkbLayout& layout : layouts)
-        // What both parts lack is remembered as such, so that it is not looked for again.
-        result.push_back(known_[layout]);
-    return result;
+    return lookUp(known_, layouts);
 }
 
 std::vector<std::optional<XkbListedLayout>> XkbLayoutRegistry::named(const std::vector<std::string>& names) {
-    if (!areAllIn(knownNames_, names)) {
-        learn(names, Part::main);
-        if (!areAllIn(knownNames_, names)) learn(names, Part::withRare);
-        // The list is a document of some megabytes, read for a few names.
-        giveBackMemory();
-    }
-    std::vector<std::optional<XkbListedLayout>> result;
-    result.reserve(names.size());
-    for (const std::string& name : names)
-        result.push_back(knownNames_[name]);
-    return result;
+    return lookUp(knownNames_, names);
+}
+
+std::vector<std::optional<XkbListedLayout>> XkbLayoutRegistry::labelled(const std::vector<XkbLabel>& labels) {
+    return lookUp(knownLabels_, labels);
 }
 
 void XkbLayoutRegistry::learn(const std::vector<XkbLayout>& layouts, Part part) {
@@ -87,6 +103,18 @@ void XkbLayoutRegistry::learn(const std::vector<std::string>& names, Part part) 
     read({}, part, [&](const XkbListedLayout& listed) {
         const std::string name = nameInKeymap(listed.description.name);
         if (std::ranges::find(names, name) != names.end()) knownNames_.try_emplace(name, listed);
+    });
+}
+
+void XkbLayoutRegistry::learn(const std::vector<XkbLabel>& labels, Part part) {
+    read({}, part, [&](const XkbListedLayout& listed) {
+        const std::string english = nameInKeymap(listed.description.name);
+        const std::string local = translated(listed.description.name);
+        for (const XkbLabel& label : labels) {
+            const bool canBe = label.layout.empty() || label.layout == listed.layout.layout;
+            if (canBe && (endsWithName(label.text, english) || endsWithName(label.text, local)))
+                knownLabels_.try_emplace(label, listed);
+        }
     });
 }
 

@@ -32,6 +32,14 @@ struct XkbListedLayout {
     XkbLayoutDescription description;
 };
 
+/// One layout as a desktop shows it that tells no variant.
+struct XkbLabel {
+    std::string layout;  ///< "us"; empty where the desktop does not tell
+    std::string text;    ///< the name, in English or in the user's language, or "<layout's name> - <variant's name>"
+
+    friend auto operator<=>(const XkbLabel&, const XkbLabel&) = default;
+};
+
 /// Names and languages of layouts, from the system's list (libxkbregistry).
 /// Reading the list takes about 5 ms and a further 3 ms for its rare part, so
 /// it is read when a layout is asked for the first time, the rare part only
@@ -49,6 +57,10 @@ public:
     /// part share a name.
     std::vector<std::optional<XkbListedLayout>> named(const std::vector<std::string>& names);
 
+    /// The layout of the default list that a desktop means by each of these
+    /// labels; absent for a label that fits none.
+    std::vector<std::optional<XkbListedLayout>> labelled(const std::vector<XkbLabel>& labels);
+
 private:
     enum class Part { main, withRare };
     using Visitor = std::function<void(const XkbListedLayout&)>;
@@ -56,10 +68,14 @@ private:
     static void read(const std::string& rules, Part part, const Visitor& visit);
     void learn(const std::vector<XkbLayout>& layouts, Part part);
     void learn(const std::vector<std::string>& names, Part part);
+    void learn(const std::vector<XkbLabel>& labels, Part part);
+    template <typename Known, typename Keys>
+    std::vector<typename Known::mapped_type> lookUp(Known& known, const Keys& keys);
 
     std::string rules_;
     std::map<XkbLayout, std::optional<XkbLayoutDescription>> known_;
     std::map<std::string, std::optional<XkbListedLayout>> knownNames_;
+    std::map<XkbLabel, std::optional<XkbListedLayout>> knownLabels_;
 };
 
 }  // namespace quillmere

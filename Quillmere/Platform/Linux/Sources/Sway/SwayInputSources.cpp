@@ -1,8 +1,10 @@
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayInputSources.h"
 
+#include "Quillmere/Platform/Linux/LinuxSession.h"
+#include "Quillmere/Platform/Linux/Sources/SwitchDeadline.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
-#include "Quillmere/Platform/Linux/LinuxSession.h"
 
 #include <algorithm>
 #include <string_view>
@@ -19,8 +21,6 @@ using Request = SwayConnection::Request;
 constexpr int statusSwitched = 0;
 constexpr int statusRefused = 1;
 
-// Less than a tap waits for a verdict.
-constexpr auto patience = 400ms;
 constexpr auto patienceAtStart = 3s;
 
 // A layout that no list has, of a keymap that its user has made.
@@ -64,12 +64,12 @@ void SwayInputSources::listen() {
         if (connection_->isLost())
             incoming_->setEnabled(false);
         else if (connection_->hasEvents())
-            refresh(Clock::now() + patience);
+            refresh(switchDeadline());
     });
 }
 
 std::vector<InputSourceRecord> SwayInputSources::sources() {
-    refresh(Clock::now() + patience);
+    refresh(switchDeadline());
     const std::vector<std::string>& names = keyboards_.layouts();
     const auto listed = registry_.named(names);
     std::vector<InputSourceRecord> records;
@@ -83,13 +83,13 @@ std::vector<InputSourceRecord> SwayInputSources::sources() {
 }
 
 std::optional<std::string> SwayInputSources::currentID() {
-    if (!refresh(Clock::now() + patience) || !current_) return std::nullopt;
+    if (!refresh(switchDeadline()) || !current_) return std::nullopt;
     return idOf(*current_);
 }
 
 int SwayInputSources::select(const InputSourceRecord& source) {
     if (!source.id) return statusRefused;
-    const auto deadline = Clock::now() + patience;
+    const auto deadline = switchDeadline();
     // A second time in case the list was another than it seemed.
     constexpr int attempts = 2;
     for (int attempt = 0; attempt < attempts; ++attempt) {

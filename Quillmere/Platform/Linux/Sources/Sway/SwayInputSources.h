@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Quillmere/Platform/InputSourceService.h"
+#include "Quillmere/Platform/Linux/Sources/DesktopInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayConnection.h"
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayKeyboards.h"
 #include "Quillmere/Platform/Linux/Sources/XkbLayoutRegistry.h"
@@ -26,13 +26,15 @@ namespace quillmere {
 /// Every call asks the compositor, about 40 µs each: a keyboard's program may
 /// change its keymap without an event, and events have no number by which to
 /// tell twins apart.
-class SwayInputSources final : public InputSourceService {
+class SwayInputSources final : public DesktopInputSources {
 public:
     /// Null when no sway listens at $SWAYSOCK. Waits some seconds for the first
     /// answer, since a session that is starting has much to do.
     static std::unique_ptr<SwayInputSources> create();
     ~SwayInputSources() override;
 
+    /// Whether somebody listens at the socket.
+    bool isAvailable() override { return connect(); }
     /// As last known while the compositor does not answer.
     std::vector<InputSourceRecord> sources() override;
     std::optional<std::string> currentID() override;

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "Quillmere/Platform/InputSourceService.h"
+#include "Quillmere/Platform/Linux/Sources/DesktopInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Xkb/XkbRulesNames.h"
 #include "Quillmere/Platform/Linux/Sources/XkbLayoutRegistry.h"
 #include "Quillmere/Platform/Linux/X11/X11Connection.h"
-
-#include <QSocketNotifier>
 
 #include <QSocketNotifier>
 
@@ -25,12 +23,13 @@ namespace quillmere {
 /// stands still while a shortcut is decided about, and each trip would add a
 /// fifth to the whole switch. `select` does take one, to know that the server
 /// has switched.
-class XkbInputSources final : public InputSourceService {
+class XkbInputSources final : public DesktopInputSources {
 public:
     /// Null when there is no X server or its keyboard is not the desktop's.
     static std::unique_ptr<XkbInputSources> create();
     ~XkbInputSources() override;
 
+    bool isAvailable() override { return !connection_->isLost(); }
     std::vector<InputSourceRecord> sources() override;
     std::optional<std::string> currentID() override;
     /// 0 once the group is locked and nothing else; 1 for a layout that is not

@@ -1,0 +1,107 @@
+#include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
+#include "Quillmere/Platform/Linux/Sources/SwitchDeadline.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quillmere {
+
+namespace {
+
+/// A desktop with one layout that is there as long as the test says.
+class PlayedDesktop : public DesktopInputSources {
+public:
+    explicit PlayedDesktop(std::string id) : id_(std::move(id)) {}
+
+    bool isAvailable() override { return isThere; }
+    std::vector<InputSourceRecord> sources() override {
+        note();
+        return {{.id = id_}};
+    }
+    std::optional<std::string> currentID() override {
+        note();
+        return id_;
+    }
+    int select(const InputSourceRecord&) override {
+        note();
+        return 0;
+    }
+
+    bool isThere = true;
+    bool goesWhenAsked = false;
+    int questions = 0;
+
+private:
+    void note() {
+        ++questions;
+        if (goesWhenAsked) isThere = false;
+    }
+
+    std::string id_;
+};
+
+class LinuxInputSourcesTest : public testing::Test {
+protected:
+    LinuxInputSourcesTest() {
+        std::vector<std::unique_ptr<DesktopInputSources>> kinds;
+        kinds.push_back(nullptr);
+        for (PlayedDesktop** desktop : {&first, &second}) {
+            auto played = std::make_unique<PlayedDesktop>(desktop == &first ? "xkb:us" : "xkb:ua");
+            *desktop = played.get();
+            kinds.push_back(std::move(played));
+        }
+        sources = std::make_unique<LinuxInputSources>(std::move(kinds));
+    }
+
+    PlayedDesktop* first = nullptr;
+    PlayedDesktop* second = nullptr;
+    std::unique_ptr<LinuxInputSources> sources;
+};
+
+TEST_F(LinuxInputSourcesTest, TheFirstDesktopThatIsThereIsAskedAndNoOther) {
+    EXPECT_EQ(sources->currentID(), "xkb:us");
+    EXPECT_EQ(sources->sources().front().id, "xkb:us");
+    EXPECT_EQ(sources->select({}), 0);
+    EXPECT_EQ(second->questions, 0);
+}
+
+TEST_F(LinuxInputSourcesTest, OneThatGoesGivesWayToTheNextAndHasItsPlaceAgainLater) {
+    first->isThere = false;
+    EXPECT_EQ(sources->currentID(), "xkb:ua");
+    first->isThere = true;
+    EXPECT_EQ(sources->currentID(), "xkb:us");
+}
+
+TEST_F(LinuxInputSourcesTest, OneThatIsFoundToHaveGoneGivesWayInTheSameCall) {
+    first->goesWhenAsked = true;
+    EXPECT_EQ(sources->currentID(), "xkb:ua");
+    EXPECT_EQ(first->questions, 1);
+}
+
+TEST_F(LinuxInputSourcesTest, WithoutAnyThereIsNothing) {
+    first->isThere = second->isThere = false;
+    EXPECT_TRUE(sources->sources().empty());
+    EXPECT_EQ(sources->currentID(), std::nullopt);
+    EXPECT_NE(sources->select({}), 0);
+}
+
+TEST(SwitchDeadlineTest, OneSwitchHasOneDeadlineAndTheNextOneItsOwn) {
+    QCoreApplication::processEvents();
+    const auto first = switchDeadline();
+    EXPECT_EQ(switchDeadline(), first);
+    EXPECT_LE(first, std::chrono::steady_clock::now() + longestSwitch);
+    QCoreApplication::processEvents();
+    EXPECT_GT(switchDeadline(), first);
+}
+
+}  // namespace
+
+}  // namespace quillmere
