@@ -33,8 +33,9 @@ public:
     virtual ~EventTap() = default;
 
     /// Starts delivering events, enabled; false when the platform refuses
-    /// (no permission, no such facility), which may change later. Called at
-    /// most once after it has returned true.
+    /// (no permission, no such facility), which may change later: also when it
+    /// delivers only a part of what is wanted. Called at most once after it has
+    /// returned true.
     virtual bool install(Callback callback) = 0;
 
     /// Turns the tap on again after it was disabled. Nothing without a tap.

@@ -355,6 +355,24 @@ TEST_F(FallbackTapTest, WithNeitherThereIsNoTapUntilThePermissionComes) {
     EXPECT_TRUE(becomesGrabbed());
 }
 
+TEST_F(FallbackTapTest, ATapThatHearsOnlyAPartServesUntilTheServiceHearsAll) {
+    make();
+    displayServers->allowed = false;
+    EXPECT_FALSE(installChoice());
+    EXPECT_EQ(displayServers->interest, controlSpace);
+    choice->setInterest({.everyKey = true});
+    EXPECT_TRUE(displayServers->interest.everyKey);
+    choice->setInterest(controlSpace);
+    EXPECT_EQ(displayServers->interest, controlSpace);
+    host->grant();
+    EXPECT_TRUE(waitUntil([this] { return installChoice(); }));
+    EXPECT_EQ(displayServers->interest, KeyInterest{}) << "with both, each press would switch twice";
+    host->revoke();
+    EXPECT_TRUE(waitUntil([this] { return displayServers->interest == controlSpace; }));
+    choice->setInterest({});
+    EXPECT_EQ(displayServers->interest, KeyInterest{});
+}
+
 TEST_F(FallbackTapTest, ATapThatTheServiceTakesAwayIsReplaced) {
     host->grant();
     make();

@@ -7,6 +7,7 @@
 #include "Quillmere/Platform/Linux/Plate/X11PlatePanel.h"
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
 #include "Quillmere/Platform/Linux/Tap/FallbackEventTap.h"
+#include "Quillmere/Platform/Linux/Tap/Kde/KdeEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
 #include "Quillmere/Platform/Linux/Tap/X11/X11EventTap.h"
@@ -24,8 +25,8 @@ namespace quillmere {
 
 namespace {
 
-/// How long the start may wait for the key-tap service where it is the tap: a
-/// Wayland desktop has none of its own. Before the service has answered nothing
+/// How long the start may wait for the key-tap service where it is the tap: few
+/// Wayland desktops have one of their own. Before the service has answered nothing
 /// can be switched, and to ask the user for the permission would be wrong most
 /// of the time.
 constexpr std::chrono::seconds serviceWait(10);
@@ -41,13 +42,15 @@ std::unique_ptr<EventTap> makeX11Tap() {
                                               [] { return makeServiceTap(serviceStart); });
 }
 
-std::unique_ptr<EventTap> makeWaylandTap(ServicePermissionRequest& permissionRequest) {
-    auto service = makeServiceTap(serviceWait);
+/// The service's where it gives one, else the desktop's own.
+std::unique_ptr<EventTap> makeWaylandTap(std::unique_ptr<ServiceEventTap> service,
+                                         ServicePermissionRequest& permissionRequest, InputSourceService& sources) {
     // Or the next probe would only ask, and the one after that find the answer.
     permissionRequest.onGranted = [tap = QPointer(service.get())] {
         if (tap) tap->request();
     };
-    return std::make_unique<FallbackEventTap>(std::move(service), std::make_unique<X11EventTap>());
+    return std::make_unique<FallbackEventTap>(std::move(service),
+                                              std::make_unique<KdeEventTap>(QDBusConnection::sessionBus(), sources));
 }
 
 }  // namespace
@@ -57,12 +60,15 @@ Platform makePlatform() {
     auto workspace = std::make_unique<QtWorkspace>();
     auto permissionRequest =
         std::make_unique<ServicePermissionRequest>(*workspace, ServicePermissionRequest::standardDocumentation());
-    // First, since the service may have to be started meanwhile.
-    auto eventTap = session.hasX11 && !session.hasWayland ? makeX11Tap() : makeWaylandTap(*permissionRequest);
+    const bool isX11 = session.hasX11 && !session.hasWayland;
+    // First, since it may have to be started meanwhile.
+    auto service = isX11 ? nullptr : makeServiceTap(serviceWait);
+    auto inputSources = makeLinuxInputSources();
+    auto eventTap = isX11 ? makeX11Tap() : makeWaylandTap(std::move(service), *permissionRequest, *inputSources);
     return {
         .mainQueue = std::make_unique<QtMainQueue>(),
         .userDefaults = std::make_unique<SqliteDefaults>(SqliteDefaults::standardFile()),
-        .inputSources = makeLinuxInputSources(),
+        .inputSources = std::move(inputSources),
         .eventTap = std::move(eventTap),
         .platePanel = std::make_unique<X11PlatePanel>(),
         .appearance = std::make_unique<PortalAppearance>(),

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <string_view>
 
 #include <libintl.h>
 
@@ -40,14 +39,6 @@ std::string nameInKeymap(std::string name) {
 /// own translations.
 std::string translated(const std::string& name) {
     return nameInKeymap(dgettext("xkeyboard-config", name.c_str()));
-}
-
-/// Whether the text is the name, or shows it after another one.
-bool endsWithName(std::string_view text, std::string_view name) {
-    constexpr std::string_view separator = " - ";
-    if (name.empty() || !text.ends_with(name)) return false;
-    text.remove_suffix(name.size());
-    return text.empty() || text.ends_with(separator);
 }
 
 template <typename Known, typename Keys>
@@ -112,8 +103,7 @@ void XkbLayoutRegistry::learn(const std::vector<XkbLabel>& labels, Part part) {
         const std::string local = translated(listed.description.name);
         for (const XkbLabel& label : labels) {
             const bool canBe = label.layout.empty() || label.layout == listed.layout.layout;
-            if (canBe && (endsWithName(label.text, english) || endsWithName(label.text, local)))
-                knownLabels_.try_emplace(label, listed);
+            if (canBe && (label.text == english || label.text == local)) knownLabels_.try_emplace(label, listed);
         }
     });
 }

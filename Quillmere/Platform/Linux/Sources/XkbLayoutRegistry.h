@@ -35,7 +35,7 @@ struct XkbListedLayout {
 /// One layout as a desktop shows it that tells no variant.
 struct XkbLabel {
     std::string layout;  ///< "us"; empty where the desktop does not tell
-    std::string text;    ///< the name, in English or in the user's language, or "<layout's name> - <variant's name>"
+    std::string text;    ///< the name, in English or in the user's language
 
     friend auto operator<=>(const XkbLabel&, const XkbLabel&) = default;
 };

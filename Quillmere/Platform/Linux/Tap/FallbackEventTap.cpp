@@ -13,6 +13,8 @@ FallbackEventTap::FallbackEventTap(std::unique_ptr<ServiceEventTap> service, std
 bool FallbackEventTap::install(Callback callback) {
     callback_ = std::move(callback);
     if (service_->install(callback_)) {
+        // The other one may have told of what it can hear, waiting for this.
+        if (std::exchange(servesPartly_, false)) displayServer_->setInterest({});
         inUse_ = service_.get();
         return true;
     }
@@ -26,8 +28,10 @@ bool FallbackEventTap::installDisplayServers() {
         // was in use already.
         displayServer_->enable();
     } else if (!displayServer_->install(callback_)) {
+        servesPartly_ = true;
         return false;
     }
+    servesPartly_ = false;
     isDisplayServersInstalled_ = true;
     inUse_ = displayServer_.get();
     // Not both: each press would switch twice. Not at once: its signal may be
@@ -56,7 +60,7 @@ void FallbackEventTap::enable() {
 
 void FallbackEventTap::setInterest(const KeyInterest& interest) {
     if (service_) service_->setInterest(interest);
-    if (inUse_ == displayServer_.get()) displayServer_->setInterest(interest);
+    if (servesPartly_ || inUse_ == displayServer_.get()) displayServer_->setInterest(interest);
 }
 
 }  // namespace quillmere

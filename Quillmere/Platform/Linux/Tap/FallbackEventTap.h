@@ -9,10 +9,11 @@
 
 namespace quillmere {
 
-/// The key-tap service where it gives a tap, else the display server's own
-/// tap: the service sees more (an Fn key, for one) and works everywhere, but
-/// is not everywhere installed. A service that needs longer to start than the
-/// program takes over when it is there.
+/// The key-tap service where it gives a tap, else the desktop's own tap: the
+/// service sees more (an Fn key, for one) and works everywhere, but is not
+/// everywhere installed. A service that needs longer to start than the program
+/// takes over when it is there; and while the desktop's tap does not hear all
+/// that is wanted, the service is asked again with each `install`.
 class FallbackEventTap final : public QObject, public EventTap {
 public:
     FallbackEventTap(std::unique_ptr<ServiceEventTap> service, std::unique_ptr<EventTap> displayServer);
@@ -30,6 +31,7 @@ private:
     std::unique_ptr<EventTap> displayServer_;
     Callback callback_;
     bool isDisplayServersInstalled_ = false;
+    bool servesPartly_ = false;  ///< the desktop's tap delivers what it can, and the service is waited for
     EventTap* inUse_ = nullptr;
 };
 

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace quillmere::support {
+
+/// Presses keys on a KWin desktop as hardware would, by the protocol that KDE
+/// has for remote desktops (org_kde_kwin_fake_input).
+class KwinTypist {
+public:
+    /// At this WAYLAND_DISPLAY. Throws when there is no such desktop.
+    explicit KwinTypist(const std::string& waylandDisplay);
+    ~KwinTypist();
+    KwinTypist(const KwinTypist&) = delete;
+    KwinTypist& operator=(const KwinTypist&) = delete;
+
+    /// Presses and releases keys without a gap, in the order of the words:
+    /// "+ctrl +alt +space -space -alt -ctrl". The names are ctrl, alt, shift,
+    /// super, space, tab and some letters.
+    void type(std::string_view movements);
+
+private:
+    struct Client;
+
+    std::unique_ptr<Client> client_;
+};
+
+}  // namespace quillmere::support
