@@ -12,7 +12,8 @@ inline constexpr std::chrono::milliseconds longestSwitch{400};
 /// When the switch that is under way must have come to its end. A switch is
 /// several calls that know nothing of each other, but all in one turn of the
 /// event loop: the first one that asks starts the time, the next turn ends it.
-/// Main thread only.
+/// Always ahead: who asks after the end of it starts the time again. Main thread
+/// only.
 std::chrono::steady_clock::time_point switchDeadline();
 
 }  // namespace quillmere
