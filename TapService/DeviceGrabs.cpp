@@ -25,6 +25,10 @@ bool DeviceGrabs::wantsOpen() const {
     return owner_.wantsFn() && std::ranges::any_of(devices_ | std::views::values, &TapDevice::hasFn);
 }
 
+bool DeviceGrabs::wantsAllKeys() const {
+    return owner_.hasShortcuts() || owner_.isRecording() || (flagsOf(devices_) & Flags::fn) != 0;
+}
+
 bool DeviceGrabs::wantsGrab(const TapDevice& device) const {
     return !isFreed_ && owner_.wantsGrab(device.keys, device.isTyping);
 }
@@ -78,6 +82,7 @@ std::optional<Time> DeviceGrabs::deadline() const {
 
 void DeviceGrabs::settle(Time now) {
     openAll();
+    updateHearing();
     endFreedom(now);
     for (auto& [id, device] : devices_) {
         const bool isDue = device.isUnsettled || (device.ungrabBy && now >= *device.ungrabBy);
@@ -95,6 +100,37 @@ void DeviceGrabs::openAll() {
     for (auto& [id, device] : devices_) {
         if (device.isUnsettled && !device.isGone && !device.isOpen && !device.cannotOpen) open(id, device);
     }
+}
+
+void DeviceGrabs::updateHearing() {
+    if (wantsAllKeys()) {
+        hearAll();
+        return;
+    }
+    for (auto& [id, device] : devices_) {
+        const bool isAtRest = device.isNeutral() && !device.isGrabbed && device.onClone.none();
+        if (!device.isOpen || device.isGone || !device.isHeardInFull || !isAtRest) continue;
+        keyboards_.hearFnOnly(id);
+        device.isHeardInFull = false;
+    }
+}
+
+bool DeviceGrabs::hearAll() {
+    bool wasAnyUnheard = false;
+    for (auto& [id, device] : devices_) {
+        if (!device.isOpen || device.isGone || device.isHeardInFull) continue;
+        wasAnyUnheard = true;
+        device.isHeardInFull = true;
+        const KeySet down = keyboards_.hearAll(id);
+        for (std::uint16_t code = 0; code < keyCodeLimit; ++code) {
+            // Its own event is still to come.
+            if (!down.test(code) || roleOf(code) == KeyRole::fn) continue;
+            device.down.set(code);
+            device.held.set(code);
+        }
+        device.updateFlags();
+    }
+    return wasAnyUnheard;
 }
 
 bool DeviceGrabs::settleOne(DeviceId id, TapDevice& device, Time now) {
@@ -126,6 +162,7 @@ bool DeviceGrabs::settleGrab(DeviceId id, TapDevice& device, Time now) {
 void DeviceGrabs::open(DeviceId id, TapDevice& device) {
     const std::optional<KeySet> down = keyboards_.open(id);
     device.isOpen = down.has_value();
+    device.isHeardInFull = true;
     device.cannotOpen = !down;
     if (!down) return;
     device.down = *down;

@@ -43,6 +43,12 @@ public:
     /// The clone that was being made is ready, or could not be made.
     void cloneMade(TapDevice& device, bool ready);
 
+    /// For an owner that waits for Fn alone, other keys are heard only while Fn
+    /// is down. Whoever handles the press of an Fn key calls this first: what
+    /// is held on any device is known then. True when keys may have come and
+    /// gone unheard.
+    bool hearAll();
+
     /// Gives everything back at once, keys down or not.
     void release(Time now);
     /// The user has freed the keyboards: nothing is grabbed until all keys are
@@ -56,9 +62,11 @@ public:
 
 private:
     bool wantsOpen() const;
+    bool wantsAllKeys() const;
     bool wantsGrab(const TapDevice& device) const;
     bool isAnyKeyDown() const;
     void openAll();
+    void updateHearing();
     void endFreedom(Time now);
 
     // These return whether that took its time.

@@ -2,6 +2,7 @@
 
 #include "TapService/Clock.h"
 #include "TapService/DeviceNode.h"
+#include "TapService/KeyRole.h"
 #include "TapService/Log.h"
 
 #include <libevdev/libevdev.h>
@@ -17,6 +18,14 @@
 namespace quillmere::tap {
 
 namespace {
+
+void setBit(Keyboard::Bits& bits, std::size_t code) {
+    bits.at(code / 8) |= static_cast<unsigned char>(1U << (code % 8));
+}
+
+bool hasBit(const Keyboard::Bits& bits, std::size_t code) {
+    return (bits.at(code / 8) & (1U << (code % 8))) != 0;
+}
 
 KeySet keysDown(const libevdev* device) {
     KeySet down;
@@ -58,6 +67,9 @@ std::optional<KeySet> Keyboard::open() {
     libevdev* opened = nullptr;
     int status = file_ ? libevdev_new_from_fd(file_.get(), &opened) : -errno;
     device_.reset(opened);
+    // To say what is down the kernel drops what is waiting to be read.
+    if (status >= 0) stateFile_ = openDeviceNode(node_, path_);
+    if (status >= 0 && !stateFile_) status = -errno;
     // The default is the wall clock, which jumps.
     if (status >= 0) status = libevdev_set_clock_id(opened, CLOCK_MONOTONIC);
     if (status >= 0) {
@@ -71,6 +83,7 @@ std::optional<KeySet> Keyboard::open() {
     }
     // Before anything that a client could keep the service busy with.
     if (status >= 0) status = sd_event_source_set_priority(source_.get(), SD_EVENT_PRIORITY_IMPORTANT);
+    if (status >= 0) setMask(stateFile_, EV_SYN, {});
     if (status < 0) {
         Log::warning("Cannot read " + node_, status);
         close();
@@ -83,6 +96,7 @@ void Keyboard::close() {
     if (isGrabbed_) ungrab(true);
     source_.reset();
     device_.reset();
+    stateFile_.reset();
     file_.reset();
 }
 
@@ -122,10 +136,49 @@ void Keyboard::gone() {
 }
 
 bool Keyboard::isQuiet() const {
-    std::array<unsigned char, keyCodeLimit / 8> down{};
     if (libevdev_has_event_pending(device_.get()) != 0) return false;
-    if (::ioctl(file_.get(), EVIOCGKEY(down.size()), down.data()) < 0) return false;
+    Bits down{};
+    if (::ioctl(stateFile_.get(), EVIOCGKEY(down.size()), down.data()) < 0) return false;
     return std::ranges::all_of(down, [](unsigned char byte) { return byte == 0; });
+}
+
+/// As the kernel says; what was read so far may be older.
+KeySet Keyboard::keysDownNow() const {
+    Bits bits{};
+    KeySet down;
+    if (::ioctl(stateFile_.get(), EVIOCGKEY(bits.size()), bits.data()) < 0) return down;
+    for (std::size_t code = 0; code < keyCodeLimit; ++code)
+        down.set(code, hasBit(bits, code));
+    return down;
+}
+
+void Keyboard::hearFnOnly() {
+    Bits types{};
+    setBit(types, EV_KEY);
+    Bits keys{};
+    for (const std::uint16_t code : flagKeys)
+        if (roleOf(code) == KeyRole::fn) setBit(keys, code);
+    // The keys first: in between, a key more is heard and none less.
+    setMask(file_, EV_KEY, keys);
+    setMask(file_, EV_SYN, types);
+}
+
+KeySet Keyboard::hearAll() {
+    Bits all{};
+    all.fill(0xff);
+    // The mask of "reports" is the one of the types of events.
+    setMask(file_, EV_SYN, all);
+    setMask(file_, EV_KEY, all);
+    return keysDownNow();
+}
+
+void Keyboard::setMask(const FileDescriptor& file, std::uint16_t type, const Bits& bits) {
+    const input_mask mask{.type = type,
+                          .codes_size = static_cast<std::uint32_t>(bits.size()),
+                          .codes_ptr = reinterpret_cast<std::uintptr_t>(bits.data())};
+    // An old kernel knows no masks: every key wakes the service there, and is
+    // dropped.
+    if (::ioctl(file.get(), EVIOCSMASK, &mask) < 0) return;
 }
 
 std::optional<Time> Keyboard::grab() {

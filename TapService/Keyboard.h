@@ -5,6 +5,7 @@
 #include "TapService/LockCarrier.h"
 #include "TapService/TapPorts.h"
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,6 +18,9 @@ namespace quillmere::tap {
 /// One input device of the kernel (evdev).
 class Keyboard {
 public:
+    /// One for each code of a type, as the kernel takes and gives them.
+    using Bits = std::array<unsigned char, keyCodeLimit / 8>;
+
     struct Handlers {
         std::function<void(const InputEvent&)> onEvent;
         /// The device has gone while it was open; this may be destroyed then.
@@ -38,6 +42,11 @@ public:
     void close();
 
     // Only while open.
+
+    /// Only Fn keys are read from now on.
+    void hearFnOnly();
+    /// Every key is read again; returns those that are down.
+    KeySet hearAll();
 
     /// Takes the device away from everybody else. Refused (no value) while a
     /// key is down or an event was not read: whoever got the press would miss
@@ -68,12 +77,15 @@ private:
     bool readOne(bool& isResynchronizing);
     void gone();
     bool isQuiet() const;
+    KeySet keysDownNow() const;
+    static void setMask(const FileDescriptor& file, std::uint16_t type, const Bits& bits);
 
     sd_event* loop_;
     std::string node_;
     std::string path_;
     Handlers handlers_;
     FileDescriptor file_;
+    FileDescriptor stateFile_;  ///< the device once more, to ask for its state
     Device device_;
     EventSource source_;
     bool isGrabbed_ = false;

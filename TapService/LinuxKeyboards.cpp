@@ -126,6 +126,14 @@ void LinuxKeyboards::close(DeviceId device) {
     showProgress();
 }
 
+void LinuxKeyboards::hearFnOnly(DeviceId device) {
+    entries_.at(device).keyboard->hearFnOnly();
+}
+
+KeySet LinuxKeyboards::hearAll(DeviceId device) {
+    return entries_.at(device).keyboard->hearAll();
+}
+
 CloneState LinuxKeyboards::prepareClone(DeviceId device) {
     Entry& entry = entries_.at(device);
     entry.cloneIsUnneeded = false;

@@ -22,6 +22,8 @@ public:
 
     std::optional<KeySet> open(DeviceId device) override;
     void close(DeviceId device) override;
+    void hearFnOnly(DeviceId device) override;
+    KeySet hearAll(DeviceId device) override;
     CloneState prepareClone(DeviceId device) override;
     std::optional<Time> grab(DeviceId device) override;
     std::optional<Time> ungrab(DeviceId device, bool force) override;

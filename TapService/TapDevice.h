@@ -28,6 +28,7 @@ struct TapDevice {
 
     bool isOpen = false;
     bool cannotOpen = false;
+    bool isHeardInFull = true;  ///< or its Fn keys only
     bool isGone = false;
     bool isUnsettled = true;  ///< it may not be as open, cloned and grabbed as it should be
     Clone clone = Clone::none;

@@ -10,6 +10,9 @@ namespace {
 
 constexpr std::uint16_t panicKeys[] = {KEY_BACKSPACE, KEY_ESC, KEY_ENTER};
 
+// Faster than this nobody presses another key after Fn.
+constexpr Time fastestChord = std::chrono::milliseconds(50);
+
 }  // namespace
 
 // Devices
@@ -142,6 +145,7 @@ void TapEngine::handleKey(DeviceId id, TapDevice& device, const InputEvent& even
 void TapEngine::handlePress(DeviceId id, TapDevice& device, const InputEvent& event, Time now) {
     device.held.set(event.code);
     const KeyRole role = roleOf(event.code);
+    const bool mayHaveMissed = role == KeyRole::fn && grabs_.hearAll() && now - event.time > fastestChord;
     const bool isOfInterest = role == KeyRole::key && owner_.isOfInterest(event.code, flagsOf(devices_));
     if (isOfInterest && device.isExclusive(event)) {
         ask(id, device, event, now);
@@ -155,6 +159,7 @@ void TapEngine::handlePress(DeviceId id, TapDevice& device, const InputEvent& ev
     } else if (role != KeyRole::button) {
         device.updateFlags();
         owner_.tellFlags(event.time, flagsOf(devices_));
+        if (mayHaveMissed) owner_.tellOther(event.time, flagsOf(devices_));
     }
 }
 

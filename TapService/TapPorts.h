@@ -42,6 +42,14 @@ public:
     virtual std::optional<KeySet> open(DeviceId device) = 0;
     virtual void close(DeviceId device) = 0;
 
+    // Only of an open device; one that was just opened is heard in full.
+
+    /// From now on no event of the device comes here but its Fn keys', so that
+    /// what is typed wakes nobody. It has no key down.
+    virtual void hearFnOnly(DeviceId device) = 0;
+    /// Every event comes again; returns the keys that are down.
+    virtual KeySet hearAll(DeviceId device) = 0;
+
     /// Makes the virtual device that stands in for a grabbed one, unless it is
     /// there. While it is being made the desktop has not yet taken it up, and
     /// a key sent through it would be lost.

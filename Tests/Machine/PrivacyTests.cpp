@@ -52,13 +52,35 @@ TEST_F(Privacy, WithFnAloneNoKeyboardIsGrabbedAndNoKeyTold) {
     EXPECT_TRUE(desk_.clones().empty());
 }
 
+TEST_F(Privacy, WithFnAloneTheServiceSleepsThroughWhatIsTyped) {
+    VirtualKeyboard keyboard({.name = "Fn keyboard", .moreKeys = {KEY_FN}});
+    ASSERT_TRUE(waitUntil([&] { return desk_.originals().contains("Fn keyboard"); }));
+    owner().send(tap::Interest{.wantsFn = true});
+    ASSERT_TRUE(waitUntil([&] {
+        owner().clear();
+        keyboard.type(taps({KEY_FN}));
+        return waitUntil([&] { return owner().events().size() >= 2; }, moment);
+    }));
+    const std::size_t before = service_.wakeUps();
+    for (int i = 0; i < 100; ++i) {
+        desk_.clear();
+        keyboard.type(password());
+        ASSERT_TRUE(hasGot(password()));
+    }
+    // Beside the keys it has a watchdog to answer.
+    EXPECT_LT(service_.wakeUps() - before, 50U);
+}
+
 TEST_F(Privacy, KeysPressedWhileFnIsDownAreToldWithoutTheirNames) {
     VirtualKeyboard keyboard({.name = "Fn keyboard", .moreKeys = {KEY_FN}});
     ASSERT_TRUE(waitUntil([&] { return desk_.originals().contains("Fn keyboard"); }));
     owner().send(tap::Interest{.wantsFn = true});
     ASSERT_TRUE(waitUntil([&] {
         owner().clear();
-        keyboard.type(chord({KEY_FN, KEY_P}));
+        // No faster than fingers: the other keys are listened to from Fn on.
+        keyboard.type({{KEY_FN, true}});
+        waitUntil([&] { return !owner().events().empty(); }, moment);
+        keyboard.type(taps({KEY_P}) + std::vector<KeyStroke>{{KEY_FN, false}});
         return waitUntil([&] { return owner().events().size() >= 3; }, moment);
     }));
     EXPECT_EQ(owner().events()[1].kind, tap::KeyEventKind::other);

@@ -73,6 +73,14 @@ std::size_t Service::openFiles() {
     return static_cast<std::size_t>(std::distance(begin(files), end(files)));
 }
 
+std::size_t Service::wakeUps() {
+    const std::string file = "/proc/" + std::to_string(waitForPid()) + "/status";
+    std::ifstream stream(file);
+    for (std::string word; stream >> word;)
+        if (std::size_t number = 0; word == "voluntary_ctxt_switches:" && stream >> number) return number;
+    throw SupportError("no wake-ups in " + file);
+}
+
 void Service::grant(uid_t user) {
     std::filesystem::create_directories(grantOf(user).parent_path());
     if (!std::ofstream(grantOf(user))) throw SupportError("cannot grant the tap");

@@ -25,6 +25,8 @@ public:
     void upgrade();
     /// How many files it has open.
     std::size_t openFiles();
+    /// How often it has been woken since it began.
+    std::size_t wakeUps();
 
     /// Lets `user` have the tap, or not any more, without asking anybody.
     static void grant(uid_t user);

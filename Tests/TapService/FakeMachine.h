@@ -19,6 +19,8 @@ public:
 
     std::optional<KeySet> open(DeviceId device) override { return fakes.open(device); }
     void close(DeviceId device) override { fakes.close(device); }
+    void hearFnOnly(DeviceId device) override { fakes.hearFnOnly(device); }
+    KeySet hearAll(DeviceId device) override { return fakes.hearAll(device); }
     CloneState prepareClone(DeviceId device) override { return fakes.prepareClone(device); }
     std::optional<Time> grab(DeviceId device) override {
         fakes.now = now();

@@ -62,6 +62,7 @@ std::optional<KeySet> FakeKeyboards::open(DeviceId device) {
     ++keyboard.openCalls;
     if (!canOpen) return std::nullopt;
     keyboard.isOpen = true;
+    keyboard.isHeardInFull = true;
     keyboard.unread.clear();
     return keyboard.down;
 }
@@ -73,6 +74,20 @@ void FakeKeyboards::close(DeviceId device) {
     keyboard.unread.clear();
 }
 
+void FakeKeyboards::hearFnOnly(DeviceId device) {
+    Keyboard& keyboard = keyboards.at(device);
+    if (!keyboard.isOpen) fault("a mask on what is not open");
+    if (keyboard.isGrabbed) fault("deaf to what is grabbed");
+    keyboard.isHeardInFull = false;
+}
+
+KeySet FakeKeyboards::hearAll(DeviceId device) {
+    Keyboard& keyboard = keyboards.at(device);
+    if (!keyboard.isOpen) fault("a mask on what is not open");
+    keyboard.isHeardInFull = true;
+    return keyboard.down;
+}
+
 CloneState FakeKeyboards::prepareClone(DeviceId device) {
     if (newClone != CloneState::failed) keyboards.at(device).hasClone = true;
     return newClone;
@@ -81,6 +96,7 @@ CloneState FakeKeyboards::prepareClone(DeviceId device) {
 std::optional<Time> FakeKeyboards::grab(DeviceId device) {
     Keyboard& keyboard = keyboards.at(device);
     if (!keyboard.hasClone) fault("grabbed without a clone");
+    if (!keyboard.isHeardInFull) fault("grabbed what is not heard");
     if (!grabIsFree || keyboard.down.any() || !keyboard.unread.empty()) return std::nullopt;
     keyboard.isGrabbed = true;
     return now;
@@ -125,7 +141,15 @@ void FakeKeyboards::move(DeviceId device, std::uint16_t code, std::int32_t value
 
 void FakeKeyboards::move(DeviceId device, std::uint16_t type, std::uint16_t code, std::int32_t value) {
     Keyboard& keyboard = keyboards.at(device);
-    if (keyboard.isOpen) keyboard.unread.push_back({type, code, value, now});
+    if (!keyboard.isOpen) return;
+    if (!keyboard.isHeardInFull) {
+        const bool isFn = type == EV_KEY && roleOf(code) == KeyRole::fn;
+        // The kernel drops a report of nothing.
+        const bool isReport = type == EV_SYN && !keyboard.unread.empty() && keyboard.unread.back().type != EV_SYN;
+        if (!isFn && !isReport) return;
+    }
+    ++keyboard.heard;
+    keyboard.unread.push_back({type, code, value, now});
 }
 
 // The owner

@@ -20,6 +20,8 @@ public:
         KeySet cloneDown;  ///< the same on the clone
         std::deque<InputEvent> unread;
         bool isOpen = false;
+        bool isHeardInFull = true;
+        int heard = 0;  ///< events that woke the service
         bool isGrabbed = false;
         bool hasClone = false;
         bool isForgotten = false;
@@ -41,6 +43,8 @@ public:
 
     std::optional<KeySet> open(DeviceId device) override;
     void close(DeviceId device) override;
+    void hearFnOnly(DeviceId device) override;
+    KeySet hearAll(DeviceId device) override;
     CloneState prepareClone(DeviceId device) override;
     std::optional<Time> grab(DeviceId device) override;
     std::optional<Time> ungrab(DeviceId device, bool force) override;

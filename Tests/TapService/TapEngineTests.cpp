@@ -34,6 +34,63 @@ TEST_F(TapEngineTest, FnAloneListensAndNeverGrabsOrClones) {
     EXPECT_FALSE(bench.keyboard().hasClone);
 }
 
+TEST_F(TapEngineTest, ForFnAloneNothingThatIsTypedWakesTheService) {
+    bench.plug(TapBench::first);
+    bench.plug(TapBench::second, {"a", "b"});
+    bench.own({"fn"});
+    bench.play("+a ~a ~a -a +ctrl +b -b -ctrl wheel 2+b 2-b");
+    EXPECT_EQ(bench.keyboard(TapBench::first).heard, 0);
+    EXPECT_EQ(bench.keyboard(TapBench::second).heard, 0);
+    // Nor after Fn has been down, which other keys are heard for.
+    bench.play("+fn +a -a -fn");
+    const int heard = bench.keyboard(TapBench::first).heard;
+    bench.play("+a -a");
+    EXPECT_EQ(bench.keyboard(TapBench::first).heard, heard);
+    EXPECT_EQ(bench.owner.log, "flags:fn+ other flags:");
+}
+
+TEST_F(TapEngineTest, AKeyHeldWhenTheOwnerComesIsHeardToTheEnd) {
+    bench.plug();
+    bench.keyboards.move(TapBench::first, KEY_ENTER, 1);
+    bench.own({"fn"});
+    EXPECT_TRUE(bench.keyboard().isHeardInFull);
+    bench.play("-enter");
+    EXPECT_FALSE(bench.keyboard().isHeardInFull);
+}
+
+TEST_F(TapEngineTest, AShortcutBesideFnHasEveryKeyHeard) {
+    bench.plug();
+    bench.own({"fn"});
+    bench.play("+a");
+    bench.interest.shortcuts = {{KEY_SPACE, Flags::control}};
+    bench.engine.setInterest(bench.interest, bench.keyboards.now);
+    bench.turn();
+    EXPECT_TRUE(bench.keyboard().isHeardInFull);
+    EXPECT_FALSE(bench.isGrabbed());
+    bench.play("-a +ctrl +space swallow -space -ctrl");
+    EXPECT_EQ(bench.keyboards.output, "+ctrl -ctrl");
+    // What is held is known to the end before the keyboard is heard no more.
+    bench.play("+b");
+    bench.own({"fn"});
+    EXPECT_TRUE(bench.keyboard().isHeardInFull);
+    bench.play("-b");
+    EXPECT_FALSE(bench.isGrabbed());
+    EXPECT_FALSE(bench.keyboard().isHeardInFull);
+}
+
+TEST_F(TapEngineTest, AServiceThatIsLateForFnTakesItForNoTap) {
+    bench.plug();
+    bench.own({"fn"});
+    bench.keyboards.move(TapBench::first, KEY_FN, 1);
+    // Whatever comes now, before the service has heard of Fn, it does not hear.
+    bench.keyboards.move(TapBench::first, KEY_A, 1);
+    bench.keyboards.move(TapBench::first, KEY_A, 0);
+    bench.keyboards.now += 60ms;
+    bench.deliver();
+    bench.play("-fn");
+    EXPECT_EQ(bench.owner.log, "flags:fn+ other flags:");
+}
+
 TEST_F(TapEngineTest, WithoutAnyFnKeyNothingIsOpenedForFn) {
     bench.plug(TapBench::first, {"a", "ctrl", "space"});
     bench.own({"fn"});
