@@ -42,6 +42,11 @@ Desk::~Desk() {
     close(stop_);
 }
 
+void Desk::leaveNewDevices() {
+    const std::lock_guard lock(mutex_);
+    opensNewDevices_ = false;
+}
+
 void Desk::clear() {
     const std::lock_guard lock(mutex_);
     events_.clear();
@@ -136,6 +141,7 @@ void Desk::openNewDevices() {
     std::array<char, 4096> news{};
     while (read(watch_, news.data(), news.size()) > 0) {
     }
+    if (!opensNewDevices_) return;
     for (const auto& entry : std::filesystem::directory_iterator(folder))
         if (entry.path().filename().string().starts_with("event")) openDevice(entry.path());
 }

@@ -37,6 +37,10 @@ public:
     Desk(const Desk&) = delete;
     Desk& operator=(const Desk&) = delete;
 
+    /// From now on it leaves the devices alone that come, for as long as it
+    /// lives: whoever reads them shall be somebody else.
+    void leaveNewDevices();
+
     /// Forgets the events up to now.
     void clear();
 
@@ -81,6 +85,7 @@ private:
     std::map<int, Device> devices_;
     std::vector<DeskEvent> events_;
     bool hasLostEvents_ = false;
+    bool opensNewDevices_ = true;
     int watch_ = -1;
     int stop_ = -1;
     std::thread thread_;

@@ -226,6 +226,42 @@ TEST_F(Sway, AGrabbedKeyboardGoesOnWithCapsLockOn) {
     EXPECT_TRUE(types(chord({KEY_LEFTCTRL, KEY_LEFTALT}) + letters, "asz"));
 }
 
+TEST_F(Sway, ACompositorThatStallsWhileACloneAppearsLosesNoKey) {
+    // It alone shall read the clone.
+    desk_.leaveNewDevices();
+    Service::grant(writer);
+    TapOwner owner(session());
+    ASSERT_EQ(owner.open(), "");
+    owner.answer(TapOwner::Answer::swallow);
+    compositor().signal(SIGSTOP);
+    // Types nothing in the terminal.
+    owner.send(tap::Interest{.shortcuts = {{KEY_SCROLLLOCK, tap::Flags::control}}});
+    // Longer than logind needs to look for a power button. The kernel keeps
+    // some twenty strokes for who does not read.
+    const std::string before = terminal();
+    std::string text;
+    for (int i = 0; i < 3; ++i) {
+        monitor().type(letters);
+        text += "asz";
+        holdsFor([] { return true; }, std::chrono::milliseconds(800));
+    }
+    compositor().signal(SIGCONT);
+    EXPECT_TRUE(terminalGets(before, text));
+    // It does take the clone up then.
+    EXPECT_TRUE(waitUntil([&] {
+        owner.clear();
+        monitor().type(chord({KEY_LEFTCTRL, KEY_SCROLLLOCK}));
+        return waitUntil([&] { return owner.question() != 0; }, moment);
+    }));
+    desk_.clear();
+    EXPECT_TRUE(types(letters, "asz"));
+    owner.close();
+    EXPECT_TRUE(waitUntil([&] {
+        monitor().type(taps({KEY_F12}));
+        return waitUntil([&] { return !desk_.strokes().empty(); }, moment);
+    })) << desk_.describe();
+}
+
 TEST_F(Sway, ACompositorThatIsStoppedAndContinuedLosesNoKey) {
     startQuillmere({.sources = layouts});
     ASSERT_TRUE(becomesGrabbed());
