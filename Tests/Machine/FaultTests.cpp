@@ -4,10 +4,12 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <iostream>
 #include <set>
 #include <string>
 #include <tuple>
+#include <utility>
 
 // Processes that die or stop at every moment of a shortcut.
 namespace quillmere::machine {
@@ -200,6 +202,22 @@ TEST_F(Upgrade, LosesNoKeyThatIsTypedMeanwhile) {
 
 using Stalled = FaultTest;
 
+/// Puts all processes to sleep, as before the devices and the processors follow,
+/// and wakes them a second later.
+testing::AssertionResult sleepAndWake() {
+    const std::pair<const char*, const char*> steps[] = {
+        {"/sys/module/suspend/parameters/pm_test_delay", "1"},
+        {"/sys/power/pm_test", "freezer"},
+        {"/sys/power/state", "freeze"},
+        {"/sys/power/pm_test", "none"},
+    };
+    for (const auto& [file, word] : steps) {
+        std::ofstream stream(file);
+        if (!(stream << word << std::flush)) return testing::AssertionFailure() << file << " takes no " << word;
+    }
+    return testing::AssertionSuccess();
+}
+
 TEST_F(Stalled, AServiceThatMissesMoreThanTheKernelKeepsForItLeavesNoKeyDown) {
     constexpr const char* name = "Fast keyboard";
     VirtualKeyboard keyboard({.name = name});
@@ -225,6 +243,18 @@ TEST_F(Stalled, AServiceThatMissesMoreThanTheKernelKeepsForItLeavesNoKeyDown) {
     EXPECT_TRUE(waitUntil([&] { return desk_.keysDown().empty(); })) << desk_.describe();
     EXPECT_TRUE(waitUntil(goesThroughClone)) << desk_.describe();
     EXPECT_EQ(service_.pid(), pid);
+}
+
+TEST_F(Stalled, AComputerThatSleepsKeepsItsShortcutAndLeavesNoKeyDown) {
+    listen(TapOwner::Answer::swallow);
+    ASSERT_TRUE(arrives({{KEY_LEFTSHIFT, true}}));
+    ASSERT_TRUE(sleepAndWake());
+    desk_.clear();
+    EXPECT_TRUE(arrives({{KEY_LEFTSHIFT, false}}));
+    EXPECT_TRUE(becomesGrabbed());
+    monitor().type(taps({KEY_A}) + ctrlSpaceStrokes);
+    EXPECT_TRUE(hasGot(taps({KEY_A}) + ctrlStrokes));
+    EXPECT_FALSE(owner().isClosed());
 }
 
 TEST_F(Stalled, ALogoutWhileKeysAreHeldLeavesNoneDown) {

@@ -48,7 +48,7 @@ VirtualKeyboard::VirtualKeyboard(const Form& form) : descriptor_(open("/dev/uinp
     if (descriptor_ < 0) throw SupportError("no uinput", errno);
     describe(descriptor_, form);
     if (ioctl(descriptor_, UI_SET_PHYS, place) != 0) throw SupportError("cannot place a virtual keyboard", errno);
-    uinput_setup setup{.id = {.bustype = BUS_USB, .vendor = 0x1209, .product = 0x7001, .version = 1}};
+    uinput_setup setup{.id = {.bustype = BUS_USB, .vendor = vendor, .product = product, .version = 1}};
     form.name.copy(static_cast<char*>(setup.name), sizeof setup.name - 1);
     if (ioctl(descriptor_, UI_DEV_SETUP, &setup) != 0 || ioctl(descriptor_, UI_DEV_CREATE) != 0)
         throw SupportError("cannot make a virtual keyboard", errno);

@@ -17,6 +17,9 @@ class VirtualKeyboard {
 public:
     /// How the place begins that such a device says it is plugged in.
     static constexpr const char* place = "machine-test/";
+    /// The ids of every such device.
+    static constexpr std::uint16_t vendor = 0x1209;
+    static constexpr std::uint16_t product = 0x7001;
 
     struct Form {
         std::string name;
