@@ -95,7 +95,8 @@ private:
         if (by_) return;
         by_ = monotonicNow() + longest;
         sd_notify(0, "STOPPING=1");
-        sd_bus_release_name(bus_, KeyTapNames::service);
+        // Not waiting for the bus: keys go through here meanwhile.
+        sd_bus_release_name_async(bus_, nullptr, KeyTapNames::service, nullptr, nullptr);
         server_.end();
         look();
     }
