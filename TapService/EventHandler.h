@@ -66,19 +66,6 @@ struct EventHandler {
         source.reset(made);
         return status;
     }
-
-    /// Called once in every turn of the loop, until the source is dropped.
-    template <class Object>
-    static int inEveryTurn(sd_event* loop, EventSource& source, Object* object) {
-        const auto handler = [](sd_event_source*, void* data) {
-            std::invoke(member, static_cast<Object*>(data));
-            return 0;
-        };
-        sd_event_source* made = nullptr;
-        const int status = sd_event_add_defer(loop, &made, handler, object);
-        source.reset(made);
-        return status < 0 ? status : sd_event_source_set_enabled(made, SD_EVENT_ON);
-    }
 };
 
 }  // namespace quillmere::tap

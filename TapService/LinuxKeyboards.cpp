@@ -1,7 +1,6 @@
 #include "TapService/LinuxKeyboards.h"
 
 #include "TapService/Clock.h"
-#include "TapService/EventHandler.h"
 #include "TapService/Log.h"
 
 #include <systemd/sd-daemon.h>
@@ -16,10 +15,6 @@ namespace {
 
 // How long a desktop takes to light what was locked.
 constexpr Time lightsTake = std::chrono::milliseconds(300);
-
-// And to read what was typed: what it has not read goes with the device.
-constexpr Time readingTakes = std::chrono::milliseconds(300);
-constexpr Time accuracy = std::chrono::milliseconds(50);
 
 // To close or to give back a device the kernel waits for all processors, some
 // ten milliseconds each time and far more on a busy machine. Many devices in a
@@ -95,12 +90,14 @@ void LinuxKeyboards::dropClones() {
         isAny = isAny || entry.cloneIsUnneeded;
     }
     if (!isAny || dropping_) return;
-    EventHandler<&LinuxKeyboards::dropUnneededClones>::at(loop_, dropping_, monotonicNow() + readingTakes, accuracy,
-                                                          this);
-}
-
-void LinuxKeyboards::dropUnneededClones() {
-    EventHandler<&LinuxKeyboards::dropOneClone>::inEveryTurn(loop_, dropping_, this);
+    sd_event_source* source = nullptr;
+    const auto handler = [](sd_event_source*, void* data) {
+        static_cast<LinuxKeyboards*>(data)->dropOneClone();
+        return 0;
+    };
+    if (sd_event_add_defer(loop_, &source, handler, this) < 0) return;
+    dropping_.reset(source);
+    sd_event_source_set_enabled(source, SD_EVENT_ON);
 }
 
 // One in each turn of the loop, since the kernel takes its time.

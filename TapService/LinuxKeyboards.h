@@ -46,7 +46,6 @@ private:
     void removed(const std::string& path);
     void cloneAppeared(const std::string& path);
     void remove(DeviceId device);
-    void dropUnneededClones();
     void dropOneClone();
     bool makeClone(DeviceId device, Entry& entry);
     void takeLocksOver(Entry& entry);

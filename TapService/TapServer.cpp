@@ -171,7 +171,8 @@ void TapServer::follow() {
         Log::notice("The keyboards were freed with Backspace, Escape and Enter; that program's tap stays off");
         owner_ = nullptr;
     }
-    if (channels_.empty() && !engine_.isGrabbing()) keyboards_.dropClones();
+    // What has not been read of a clone goes with it; at the end they all go.
+    if (channels_.empty() && !isEnding_ && !engine_.isGrabbing()) keyboards_.dropClones();
     armTimer();
 }
 

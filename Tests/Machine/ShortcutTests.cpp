@@ -214,6 +214,7 @@ TEST_F(Shortcut, IsSwallowedOnceAnotherProgramHasGivenTheKeyboardBack) {
 }
 
 TEST_F(Shortcut, IsSwallowedBehindAnotherRemapperAndWithoutIt) {
+    ASSERT_TRUE(waitUntil([&] { return desk_.clones().empty(); })) << desk_.describe();
     {
         // It takes the keyboard for itself and types on one of its own.
         const support::ChildProcess remapper({.arguments = {programPath("bare_loop"), builtInKeyboard},
@@ -224,7 +225,7 @@ TEST_F(Shortcut, IsSwallowedBehindAnotherRemapperAndWithoutIt) {
         ASSERT_TRUE(waitUntil([&] { return desk_.clones().count(builtInKeyboard) == 1; })) << desk_.describe();
         owner().answer(TapOwner::Answer::swallow);
         owner().send(tap::Interest{.shortcuts = {ctrlSpace}});
-        ASSERT_TRUE(waitUntil([&] { return desk_.clones().count(builtInKeyboard) == 2; })) << desk_.describe();
+        ASSERT_TRUE(waitUntil([&] { return desk_.clones().count(builtInKeyboard) >= 2; })) << desk_.describe();
         ASSERT_TRUE(waitUntil([&] {
             desk_.clear();
             monitor().type(ctrlSpaceStrokes);
