@@ -213,32 +213,4 @@ TEST_F(Shortcut, IsSwallowedOnceAnotherProgramHasGivenTheKeyboardBack) {
     EXPECT_TRUE(hasGot(ctrlStrokes));
 }
 
-TEST_F(Shortcut, IsSwallowedBehindAnotherRemapperAndWithoutIt) {
-    ASSERT_TRUE(waitUntil([&] { return desk_.clones().empty(); })) << desk_.describe();
-    {
-        // It takes the keyboard for itself and types on one of its own.
-        const support::ChildProcess remapper({.arguments = {programPath("bare_loop"), builtInKeyboard},
-                                              .environment = support::baseEnvironment("/"),
-                                              .output = {},
-                                              .inheritedDescriptors = {},
-                                              .prepare = {}});
-        ASSERT_TRUE(waitUntil([&] { return desk_.clones().count(builtInKeyboard) == 1; })) << desk_.describe();
-        owner().answer(TapOwner::Answer::swallow);
-        owner().send(tap::Interest{.shortcuts = {ctrlSpace}});
-        ASSERT_TRUE(waitUntil([&] { return desk_.clones().count(builtInKeyboard) >= 2; })) << desk_.describe();
-        ASSERT_TRUE(waitUntil([&] {
-            desk_.clear();
-            monitor().type(ctrlSpaceStrokes);
-            return waitUntil([&] { return desk_.strokes() == ctrlStrokes; }, moment);
-        })) << desk_.describe();
-        desk_.clear();
-        monitor().type(taps({KEY_A}) + ctrlSpaceStrokes + taps({KEY_B}));
-        EXPECT_TRUE(hasGot(taps({KEY_A}) + ctrlStrokes + taps({KEY_B})));
-    }
-    ASSERT_TRUE(waitUntil([&] { return desk_.clones().count(builtInKeyboard) < 2; })) << desk_.describe();
-    EXPECT_TRUE(becomesGrabbed());
-    monitor().type(ctrlSpaceStrokes);
-    EXPECT_TRUE(hasGot(ctrlStrokes));
-}
-
 }  // namespace quillmere::machine
