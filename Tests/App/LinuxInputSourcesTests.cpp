@@ -94,20 +94,30 @@ TEST_F(LinuxInputSourcesTest, WithoutAnyThereIsNothing) {
     EXPECT_NE(sources->select({}), 0);
 }
 
-TEST(SwitchDeadlineTest, OneSwitchHasOneDeadlineAndTheNextOneItsOwn) {
-    QCoreApplication::processEvents();
-    const auto first = switchDeadline();
-    EXPECT_EQ(switchDeadline(), first);
-    EXPECT_LE(first, std::chrono::steady_clock::now() + longestSwitch);
-    QCoreApplication::processEvents();
-    EXPECT_GT(switchDeadline(), first);
+/// How long a wait that begins now may last.
+std::chrono::steady_clock::duration timeLeft() {
+    const auto now = std::chrono::steady_clock::now();
+    return SwitchWait().deadline() - now;
 }
 
-TEST(SwitchDeadlineTest, AStartThatTakesLongStillHasTheTimeToAsk) {
+void waitUntilTheEnd() {
+    const SwitchWait wait;
+    std::this_thread::sleep_until(wait.deadline());
+}
+
+TEST(SwitchWaitTest, TheWaitsOfOneSwitchHaveOneTimeTogetherAndTheNextSwitchItsOwn) {
     QCoreApplication::processEvents();
-    const auto first = switchDeadline();
-    std::this_thread::sleep_until(first);
-    EXPECT_GT(switchDeadline(), first);
+    waitUntilTheEnd();
+    EXPECT_LT(timeLeft(), longestSwitch / 2);
+    QCoreApplication::processEvents();
+    EXPECT_GE(timeLeft(), longestSwitch);
+}
+
+TEST(SwitchWaitTest, AStartThatTakesLongStillHasTheTimeToAsk) {
+    QCoreApplication::processEvents();
+    ASSERT_GT(timeLeft(), longestSwitch / 2);
+    std::this_thread::sleep_for(longestSwitch);
+    EXPECT_GT(timeLeft(), longestSwitch / 2);
 }
 
 }  // namespace

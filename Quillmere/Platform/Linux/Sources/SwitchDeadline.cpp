@@ -2,21 +2,37 @@
 
 #include <QCoreApplication>
 
-#include <optional>
+#include <algorithm>
+#include <utility>
 
 namespace quillmere {
 
-std::chrono::steady_clock::time_point switchDeadline() {
-    static std::optional<std::chrono::steady_clock::time_point> deadline;
-    const auto now = std::chrono::steady_clock::now();
-    if (deadline && *deadline > now) return *deadline;
-    if (!deadline)
-        QMetaObject::invokeMethod(QCoreApplication::instance(), [] { deadline.reset(); }, Qt::QueuedConnection);
-    // A turn in which other things have taken longer, as the program's start,
-    // has not had its time for asking yet. Whoever did not answer in time is not
-    // asked again in the same turn.
-    deadline = now + longestSwitch;
-    return *deadline;
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// What the waits of this turn have taken so far.
+Clock::duration spent{};
+bool endsWithTurn = false;
+
+void endTurn() {
+    spent = {};
+    endsWithTurn = false;
+}
+
+}  // namespace
+
+SwitchWait::SwitchWait() {
+    if (std::exchange(endsWithTurn, true)) return;
+    QMetaObject::invokeMethod(QCoreApplication::instance(), endTurn, Qt::QueuedConnection);
+}
+
+SwitchWait::~SwitchWait() {
+    spent += Clock::now() - start_;
+}
+
+Clock::time_point SwitchWait::deadline() const {
+    return start_ + std::max<Clock::duration>(longestSwitch - spent, {});
 }
 
 }  // namespace quillmere

@@ -9,11 +9,23 @@ namespace quillmere {
 /// waits for its verdict.
 inline constexpr std::chrono::milliseconds longestSwitch{400};
 
-/// When the switch that is under way must have come to its end. A switch is
-/// several calls that know nothing of each other, but all in one turn of the
-/// event loop: the first one that asks starts the time, the next turn ends it.
-/// Always ahead: who asks after the end of it starts the time again. Main thread
-/// only.
-std::chrono::steady_clock::time_point switchDeadline();
+/// One wait for a desktop's answer, from its making to its end. A switch is
+/// several of them that know nothing of each other, but all in one turn of the
+/// event loop: together they have `longestSwitch`, and the next turn has it
+/// anew. What else a turn does, as the program's start, takes nothing of it.
+/// Main thread only; not within one another.
+class SwitchWait {
+public:
+    SwitchWait();
+    ~SwitchWait();
+    SwitchWait(const SwitchWait&) = delete;
+    SwitchWait& operator=(const SwitchWait&) = delete;
+
+    /// When this wait must end; it may be at once.
+    std::chrono::steady_clock::time_point deadline() const;
+
+private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
 
 }  // namespace quillmere

@@ -31,7 +31,7 @@ std::optional<unsigned int> indexIn(const QVariantList& answer) {
 
 }  // namespace
 
-KdeInputSources::KdeInputSources(const QDBusConnection& bus) : service_(bus, address(), switchDeadline()) {}
+KdeInputSources::KdeInputSources(const QDBusConnection& bus) : service_(bus, address(), SwitchWait().deadline()) {}
 
 std::unique_ptr<KdeInputSources> KdeInputSources::create() {
     const QDBusConnection bus = QDBusConnection::sessionBus();
@@ -71,7 +71,8 @@ int KdeInputSources::select(const InputSourceRecord& source) {
 /// come to that.
 bool KdeInputSources::askForLayouts(std::vector<BusService::Call> calls) {
     calls.push_back({QStringLiteral("getLayoutsList"), {}});
-    auto answers = service_.call(calls, switchDeadline());
+    const SwitchWait wait;
+    auto answers = service_.call(calls, wait.deadline());
     if (!answers || !takeIn(answers->back())) return false;
     answers_ = *std::move(answers);
     return true;

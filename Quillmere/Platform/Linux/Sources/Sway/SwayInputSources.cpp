@@ -64,12 +64,13 @@ void SwayInputSources::listen() {
         if (connection_->isLost())
             incoming_->setEnabled(false);
         else if (connection_->hasEvents())
-            refresh(switchDeadline());
+            refresh(SwitchWait().deadline());
     });
 }
 
 std::vector<InputSourceRecord> SwayInputSources::sources() {
-    refresh(switchDeadline());
+    const SwitchWait wait;
+    refresh(wait.deadline());
     const std::vector<std::string>& names = keyboards_.layouts();
     const auto listed = registry_.named(names);
     std::vector<InputSourceRecord> records;
@@ -83,13 +84,15 @@ std::vector<InputSourceRecord> SwayInputSources::sources() {
 }
 
 std::optional<std::string> SwayInputSources::currentID() {
-    if (!refresh(switchDeadline()) || !current_) return std::nullopt;
+    const SwitchWait wait;
+    if (!refresh(wait.deadline()) || !current_) return std::nullopt;
     return idOf(*current_);
 }
 
 int SwayInputSources::select(const InputSourceRecord& source) {
     if (!source.id) return statusRefused;
-    const auto deadline = switchDeadline();
+    const SwitchWait wait;
+    const auto deadline = wait.deadline();
     // A second time in case the list was another than it seemed.
     constexpr int attempts = 2;
     for (int attempt = 0; attempt < attempts; ++attempt) {

@@ -36,7 +36,7 @@ std::uint64_t flagWord(Modifiers modifiers) {
 }  // namespace
 
 KdeEventTap::KdeEventTap(const QDBusConnection& bus, InputSourceService& sources)
-    : bus_(bus), sources_(sources), desktop_(bus, address(), switchDeadline()) {}
+    : bus_(bus), sources_(sources), desktop_(bus, address(), SwitchWait().deadline()) {}
 
 KdeEventTap::~KdeEventTap() = default;
 
