@@ -134,10 +134,25 @@ TEST_F(XkbInputSourcesTest, AGroupThatTheListNoLongerReachesIsNoSource) {
     EXPECT_EQ(sources->currentID(), "xkb:us");
 }
 
+TEST_F(XkbInputSourcesTest, AKeyboardThatIsPluggedInTakesNoLayoutsFromTheOthers) {
+    const std::vector<std::string> layouts{"xkb:us", "xkb:us+dvorak", "xkb:ua"};
+    ASSERT_EQ(ids(), layouts);
+    // What the server writes for a keyboard that it did not know before.
+    setRulesNames(server.connection(), "evdev\0pc105\0us\0\0\0"sv);
+    EXPECT_EQ(ids(), layouts);
+    EXPECT_EQ(select("xkb:ua"), 0);
+    EXPECT_EQ(server.group(), 2);
+    EXPECT_EQ(sources->currentID(), "xkb:ua");
+    // Nor from a program that starts after that.
+    sources = XkbInputSources::create();
+    EXPECT_EQ(ids(), layouts);
+    EXPECT_EQ(sources->currentID(), "xkb:ua");
+}
+
 TEST_F(XkbInputSourcesTest, ALayoutThatTheSystemDoesNotDescribeHasNoName) {
-    XConnection& connection = server.connection();
+    server.setLayouts("us,ua");
     // What a hand-made map leaves behind: the property names an unknown layout.
-    setRulesNames(connection, "evdev\0pc105\0us,homemade\0,\0\0"sv);
+    setRulesNames(server.connection(), "evdev\0pc105\0us,homemade\0,\0\0"sv);
     EXPECT_EQ(ids(), (std::vector<std::string>{"xkb:us", "xkb:homemade"}));
     EXPECT_EQ(sources->sources()[1].localizedName, std::nullopt);
     EXPECT_TRUE(sources->sources()[1].languages.empty());
@@ -154,11 +169,11 @@ TEST_F(XkbInputSourcesTest, WithoutAServerThereIsNoService) {
     EXPECT_EQ(XkbInputSources::create(), nullptr);
 }
 
-TEST_F(XkbInputSourcesTest, AnEmptyPropertyIsAnEmptyList) {
+TEST_F(XkbInputSourcesTest, AMapWithoutAWordOnItsMakingIsListedByTheNamesOfItsGroups) {
     setRulesNames(server.connection(), ""sv);
-    EXPECT_TRUE(sources->sources().empty());
-    EXPECT_EQ(sources->currentID(), std::nullopt);
-    EXPECT_NE(select("xkb:us"), 0);
+    expectEnglishDvorakAndUkrainian(sources->sources());
+    EXPECT_EQ(select("xkb:ua"), 0);
+    EXPECT_EQ(server.group(), 2);
 }
 
 }  // namespace

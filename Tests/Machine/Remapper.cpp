@@ -2,6 +2,8 @@
 
 #include "Tests/Support/SupportError.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <filesystem>
 
@@ -23,6 +25,12 @@ bool isOwn(int descriptor) {
     input_id id{};
     return ioctl(descriptor, EVIOCGID, &id) == 0 && id.vendor == VirtualKeyboard::vendor
            && id.product == VirtualKeyboard::product;
+}
+
+bool isKeyDown(int descriptor) {
+    std::array<unsigned char, KEY_MAX / 8 + 1> keys{};
+    return ioctl(descriptor, EVIOCGKEY(keys.size()), keys.data()) >= 0
+           && std::ranges::any_of(keys, [](unsigned char byte) { return byte != 0; });
 }
 
 }  // namespace
@@ -65,6 +73,11 @@ void Remapper::take(const std::string& node) {
     // A node that has just come may not be there for everybody yet.
     if (descriptor < 0) return;
     const bool isTaken = !isOwn(descriptor) && ioctl(descriptor, EVIOCGRAB, 1) == 0;
+    // Whoever has seen a press is to see the release as well.
+    if (isTaken && isKeyDown(descriptor)) {
+        close(descriptor);
+        return;
+    }
     if (!isTaken) close(descriptor);
     taken_[node] = isTaken ? descriptor : -1;
 }

@@ -43,6 +43,8 @@ XkbInputSources::~XkbInputSources() = default;
 void XkbInputSources::subscribe() {
     XSelectInput(connection_->display(), connection_->root(), PropertyChangeMask);
     XkbSelectEventDetails(connection_->display(), XkbUseCoreKbd, XkbStateNotify, XkbGroupLockMask, XkbGroupLockMask);
+    // Comes too when another keyboard is typed on than before.
+    XkbSelectEvents(connection_->display(), XkbUseCoreKbd, XkbNewKeyboardNotifyMask, XkbNewKeyboardNotifyMask);
 }
 
 std::vector<InputSourceRecord> XkbInputSources::sources() {
@@ -101,6 +103,7 @@ bool XkbInputSources::handleQueuedEvents() {
         if (event.type == MappingNotify) XRefreshKeyboardMapping(&event.xmapping);
         if (event.type != connection_->xkbEventBase()) continue;
         const auto& xkb = reinterpret_cast<const XkbEvent&>(event);
+        if (xkb.any.xkb_type == XkbNewKeyboardNotify) isListStale = true;
         if (xkb.any.xkb_type == XkbStateNotify) lockedGroup_ = static_cast<unsigned int>(xkb.state.locked_group);
     }
     if (!isListStale) return false;
@@ -122,6 +125,43 @@ std::optional<unsigned int> XkbInputSources::indexOf(const std::string& id) cons
 }
 
 void XkbInputSources::readNames() {
+    names_ = readProperty();
+    records_.clear();
+    followGroups();
+}
+
+/// A keyboard that is plugged in makes the server write its own layouts into
+/// the property, whatever setxkbmap had set for the others; what the keyboard
+/// in use can type is in its map.
+void XkbInputSources::followGroups() {
+    const std::vector<std::string> groups = readGroups();
+    // Fewer: a fresh server tells of its layouts before its first key has them.
+    if (groups.size() <= names_.layouts.size()) return;
+    std::vector<XkbLayout> layouts;
+    for (const auto& listed : registry_.named(groups))
+        if (listed) layouts.push_back(listed->layout);
+    if (layouts.size() == groups.size()) names_.layouts = std::move(layouts);
+}
+
+/// The names of the groups, "English (US)"; empty when they cannot be had.
+std::vector<std::string> XkbInputSources::readGroups() const {
+    Display* const display = connection_->display();
+    const std::unique_ptr<XkbDescRec, void (*)(XkbDescPtr)> keyboard(
+        XkbGetMap(display, 0, XkbUseCoreKbd), [](XkbDescPtr map) { XkbFreeKeyboard(map, XkbAllComponentsMask, True); });
+    if (!keyboard || XkbGetControls(display, XkbGroupsWrapMask, keyboard.get()) != Success) return {};
+    const int count = keyboard->ctrls->num_groups;
+    if (count <= static_cast<int>(names_.layouts.size())) return {};
+    if (XkbGetNames(display, XkbGroupNamesMask, keyboard.get()) != Success) return {};
+    std::vector<std::string> groups;
+    for (int group = 0; group < count; ++group) {
+        const Atom name = keyboard->names->groups[group];
+        const std::unique_ptr<char, int (*)(void*)> text(name == None ? nullptr : XGetAtomName(display, name), XFree);
+        groups.emplace_back(text ? text.get() : "");
+    }
+    return groups;
+}
+
+XkbRulesNames XkbInputSources::readProperty() const {
     constexpr long maxWords = 1024;
     Atom type = None;
     int format = 0;
@@ -131,10 +171,8 @@ void XkbInputSources::readNames() {
     const int status = XGetWindowProperty(connection_->display(), connection_->root(), namesAtom_, 0, maxWords, False,
                                           XA_STRING, &type, &format, &length, &left, &data);
     const std::unique_ptr<unsigned char, int (*)(void*)> owned(data, XFree);
-    names_ = {};
-    records_.clear();
-    if (status != Success || data == nullptr || format != 8) return;
-    names_ = XkbRulesNames::parse({reinterpret_cast<const char*>(data), length});
+    if (status != Success || data == nullptr || format != 8) return {};
+    return XkbRulesNames::parse({reinterpret_cast<const char*>(data), length});
 }
 
 }  // namespace quillmere

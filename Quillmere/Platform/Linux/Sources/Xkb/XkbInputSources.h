@@ -43,6 +43,9 @@ private:
     bool catchUp();
     bool handleQueuedEvents();
     void readNames();
+    XkbRulesNames readProperty() const;
+    std::vector<std::string> readGroups() const;
+    void followGroups();
     std::optional<unsigned int> queryGroup() const;
     std::optional<unsigned int> indexOf(const std::string& id) const;
 
