@@ -1,5 +1,5 @@
 #include "Quillmere/Platform/Linux/Sources/Kde/KdeInputSources.h"
-#include "Quillmere/Platform/Linux/Sources/SwitchDeadline.h"
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 #include "Tests/App/FakeKde.h"
 #include "Tests/Support/SessionBus.h"
 #include "Tests/Support/TemporaryFolder.h"

@@ -1,5 +1,5 @@
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
-#include "Quillmere/Platform/Linux/Sources/SwitchDeadline.h"
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 
 #include <gtest/gtest.h>
 

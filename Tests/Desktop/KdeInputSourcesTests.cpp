@@ -1,5 +1,5 @@
 #include "Quillmere/Platform/Linux/Sources/Kde/KdeInputSources.h"
-#include "Quillmere/Platform/Linux/Sources/SwitchDeadline.h"
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 #include "Tests/Desktop/ListedSources.h"
 #include "Tests/Support/Kwin.h"
 #include "Tests/Support/SessionBus.h"

@@ -1,6 +1,6 @@
 #include "Quillmere/Platform/Linux/Sources/Kde/KdeInputSources.h"
 
-#include "Quillmere/Platform/Linux/Sources/SwitchDeadline.h"
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 
 #include <algorithm>
 #include <utility>

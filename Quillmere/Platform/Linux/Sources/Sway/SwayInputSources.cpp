@@ -1,7 +1,7 @@
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayInputSources.h"
 
 #include "Quillmere/Platform/Linux/LinuxSession.h"
-#include "Quillmere/Platform/Linux/Sources/SwitchDeadline.h"
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -4,7 +4,6 @@
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
-#include <cstddef>
 #include <utility>
 
 namespace quillmere {
@@ -134,26 +133,28 @@ void XkbInputSources::readNames() {
 /// the property, whatever setxkbmap had set for the others; what the keyboard
 /// in use can type is in its map.
 void XkbInputSources::followGroups() {
-    const std::vector<std::string> groups = readGroups();
-    // Fewer: a fresh server tells of its layouts before its first key has them.
-    if (groups.size() <= names_.layouts.size()) return;
+    // Not with fewer: a fresh server tells of its layouts before its first key
+    // has them.
+    const std::vector<std::string> groups = readGroupsIfMoreThan(names_.layouts.size());
+    if (groups.empty()) return;
     std::vector<XkbLayout> layouts;
     for (const auto& listed : registry_.named(groups))
         if (listed) layouts.push_back(listed->layout);
     if (layouts.size() == groups.size()) names_.layouts = std::move(layouts);
 }
 
-/// The names of the groups, "English (US)"; empty when they cannot be had.
-std::vector<std::string> XkbInputSources::readGroups() const {
+/// The names of the groups, "English (US)"; empty when there are not more, or
+/// when they cannot be had.
+std::vector<std::string> XkbInputSources::readGroupsIfMoreThan(std::size_t limit) const {
     Display* const display = connection_->display();
     const std::unique_ptr<XkbDescRec, void (*)(XkbDescPtr)> keyboard(
         XkbGetMap(display, 0, XkbUseCoreKbd), [](XkbDescPtr map) { XkbFreeKeyboard(map, XkbAllComponentsMask, True); });
     if (!keyboard || XkbGetControls(display, XkbGroupsWrapMask, keyboard.get()) != Success) return {};
-    const int count = keyboard->ctrls->num_groups;
-    if (count <= static_cast<int>(names_.layouts.size())) return {};
+    const std::size_t count = keyboard->ctrls->num_groups;
+    if (count <= limit) return {};
     if (XkbGetNames(display, XkbGroupNamesMask, keyboard.get()) != Success) return {};
     std::vector<std::string> groups;
-    for (int group = 0; group < count; ++group) {
+    for (std::size_t group = 0; group < count; ++group) {
         const Atom name = keyboard->names->groups[group];
         const std::unique_ptr<char, int (*)(void*)> text(name == None ? nullptr : XGetAtomName(display, name), XFree);
         groups.emplace_back(text ? text.get() : "");

@@ -7,6 +7,7 @@
 
 #include <QSocketNotifier>
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,7 +45,7 @@ private:
     bool handleQueuedEvents();
     void readNames();
     XkbRulesNames readProperty() const;
-    std::vector<std::string> readGroups() const;
+    std::vector<std::string> readGroupsIfMoreThan(std::size_t limit) const;
     void followGroups();
     std::optional<unsigned int> queryGroup() const;
     std::optional<unsigned int> indexOf(const std::string& id) const;

@@ -1,6 +1,6 @@
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeEventTap.h"
 
-#include "Quillmere/Platform/Linux/Sources/SwitchDeadline.h"
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/Sources/SwitchDeadline.h"
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 
 #include <QCoreApplication>
 
