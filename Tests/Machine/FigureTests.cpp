@@ -8,8 +8,10 @@
 #include <fstream>
 #include <iomanip>
 #include <iostream>
+#include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -25,6 +27,7 @@ using Clock = std::chrono::steady_clock;
 using Times = std::vector<std::chrono::duration<double, std::micro>>;
 
 constexpr const char* name = "Measured keyboard";
+constexpr const char* other = "Other keyboard";
 constexpr int rounds = 4;
 constexpr int keysPerRound = 1000;
 
@@ -85,7 +88,7 @@ protected:
     /// can read it.
     void measure(const std::vector<KeyStroke>& strokes, const KeyStroke& measured, int repetitions, Times& times) {
         const CloneReader reader;
-        for (int i = 0; i < repetitions || interestChanges_ > 0; ++i)
+        for (int i = 0; i < repetitions || interestChanges_ > 0 || arrivals_ > 0; ++i)
             for (const KeyStroke& stroke : strokes) {
                 const Clock::time_point begin = Clock::now();
                 keyboard_.type({stroke});
@@ -94,7 +97,25 @@ protected:
                 // It waits until somebody takes what it has to say.
                 if (ownerIsTold_) owner().clear();
                 if (interestChanges_ > 0) changeInterest();
+                if (arrivals_ > 0) plugKeyboards();
             }
+    }
+
+    /// One after the other, with time for each to be found.
+    void plugKeyboards() {
+        constexpr std::chrono::milliseconds timeForOne{200};
+        const Clock::time_point now = Clock::now();
+        if (now < nextChange_) return;
+        nextChange_ = now + timeForOne;
+        // None comes in the last turn, which is for what the one before still costs.
+        if (--arrivals_ > 0)
+            plugged_.push_back(std::make_unique<VirtualKeyboard>(VirtualKeyboard::Form{.name = other}));
+    }
+
+    /// All pulled out, and gone.
+    void unplugKeyboards() {
+        plugged_.clear();
+        ASSERT_TRUE(waitUntil([&] { return !desk_.originals().contains(other) && !desk_.clones().contains(other); }));
     }
 
     /// As often as a program may.
@@ -139,9 +160,11 @@ protected:
 
     bool ownerIsTold_ = false;
     int interestChanges_ = 0;
+    int arrivals_ = 0;
 
 private:
     Clock::time_point nextChange_;
+    std::vector<std::unique_ptr<VirtualKeyboard>> plugged_;
     VirtualKeyboard keyboard_{{.name = name}};
 };
 
@@ -189,6 +212,24 @@ TEST_F(Figures, TheWorstKeyWhileTheInterestChangesAThousandTimes) {
               << inMilliseconds(changing) << " | without: " << inMilliseconds(alone) << " | " << std::fixed
               << std::setprecision(2) << percentile(changing, 0.99) / percentile(alone, 0.99) << " (p99) | < 20 ms |"
               << std::endl;
+}
+
+TEST_F(Figures, TheWorstKeyWhileTenKeyboardsArePluggedIn) {
+    constexpr int turns = 11;
+    Times service;
+    Times bareLoop;
+    for (int round = 0; round < rounds; ++round) {
+        arrivals_ = turns;
+        ASSERT_NO_FATAL_FAILURE(measureBareLoop(taps({KEY_A}), keysPerRound, bareLoop));
+        ASSERT_NO_FATAL_FAILURE(unplugKeyboards());
+        arrivals_ = turns;
+        ASSERT_NO_FATAL_FAILURE(measureService(taps({KEY_A}), keysPerRound, service));
+        ASSERT_NO_FATAL_FAILURE(unplugKeyboards());
+    }
+    std::cout << "| the worst key while ten keyboards are plugged in, on an emulated computer | "
+              << inMilliseconds(service) << " | a bare loop, which takes none of them: " << inMilliseconds(bareLoop)
+              << " | " << std::fixed << std::setprecision(2) << percentile(service, 0.99) / percentile(bareLoop, 0.99)
+              << " (p99) | < 20 ms more |" << std::endl;
 }
 
 TEST_F(Figures, MemoryWithAnOpenTap) {
