@@ -275,6 +275,43 @@ TEST_F(Sway, ACompositorThatIsStoppedAndContinuedLosesNoKey) {
     EXPECT_TRUE(types(letters, "asz"));
 }
 
+TEST_F(Sway, AnApplicationThatIsStoppedHoldsNothingUpAndGoesOnWhenItIsContinued) {
+    startQuillmere({.sources = layouts});
+    ASSERT_TRUE(becomesGrabbed());
+    ASSERT_TRUE(types(letters, "asz"));
+    quillmere().signal(SIGSTOP);
+    const std::string before = terminal();
+    monitor().type(shortcut + letters);
+    // The terminal makes something of the shortcut, which passes unanswered.
+    EXPECT_TRUE(waitUntil([&] {
+        const std::string now = terminal();
+        return now.size() > before.size() + 3 && now.ends_with("asz");
+    })) << desk_.describe();
+    EXPECT_TRUE(waitUntil([this] { return desk_.keysDown().empty(); })) << desk_.describe();
+    EXPECT_TRUE(becomesFree());
+    quillmere().signal(SIGCONT);
+    ASSERT_TRUE(becomesGrabbed());
+    ASSERT_TRUE(waitUntil([&] {
+        monitor().type(shortcut);
+        return switchesTo(1, 4 * moment);
+    }));
+    EXPECT_TRUE(types(letters, "фія"));
+}
+
+TEST_F(Sway, AnApplicationThatIsKilledWithItsShortcutHeldLeavesNoKeyDown) {
+    startQuillmere({.sources = layouts});
+    ASSERT_TRUE(becomesGrabbed());
+    ASSERT_TRUE(types(letters, "asz"));
+    monitor().type({shortcut.begin(), shortcut.begin() + 3});
+    quillmere().kill();
+    monitor().type(letters);
+    monitor().type({shortcut.begin() + 3, shortcut.end()});
+    EXPECT_TRUE(becomesFree());
+    EXPECT_TRUE(waitUntil([this] { return desk_.keysDown().empty(); })) << desk_.describe();
+    desk_.clear();
+    EXPECT_TRUE(arrives(letters));
+}
+
 TEST_F(Sway, FnAloneSwitchesTheLayoutAndGrabsNothing) {
     VirtualKeyboard keyboard({.name = "Fn keyboard", .moreKeys = {KEY_FN}});
     startQuillmere({.keyCode = 63, .modifiers = 0, .sources = layouts});
