@@ -155,6 +155,7 @@ using namespace appkit;
     styleMask_ = style;
     alphaValue_ = 1;
     opaque_ = releasedWhenClosed_ = YES;
+    backgroundColor_ = [[NSColor colorWithSRGBRed:0.9 green:0.9 blue:0.9 alpha:1] retain];
     liveWindows.push_back(self);
     return self;
 }
