@@ -94,7 +94,8 @@ void GrantStore::tidy() {
 }
 
 std::string GrantStore::nameOf(uid_t user) const {
-    const std::unique_ptr<std::FILE, decltype(&std::fclose)> list(std::fopen(users_.c_str(), "re"), &std::fclose);
+    constexpr auto close = [](std::FILE* file) { std::fclose(file); };
+    const std::unique_ptr<std::FILE, decltype(close)> list(std::fopen(users_.c_str(), "re"));
     if (!list) return {};
     // Not through the name service, which may ask a network and take its time.
     while (const passwd* account = ::fgetpwent(list.get())) {

@@ -2,6 +2,7 @@
 
 #include "TapService/Clock.h"
 #include "TapService/DeviceNode.h"
+#include "TapService/EventHandler.h"
 #include "TapService/KeyRole.h"
 #include "TapService/Log.h"
 
@@ -72,15 +73,7 @@ std::optional<KeySet> Keyboard::open() {
     if (status >= 0 && !stateFile_) status = -errno;
     // The default is the wall clock, which jumps.
     if (status >= 0) status = libevdev_set_clock_id(opened, CLOCK_MONOTONIC);
-    if (status >= 0) {
-        sd_event_source* source = nullptr;
-        const auto handler = [](sd_event_source*, int, std::uint32_t, void* self) {
-            static_cast<Keyboard*>(self)->read();
-            return 0;
-        };
-        status = sd_event_add_io(loop_, &source, file_.get(), EPOLLIN, handler, this);
-        source_.reset(source);
-    }
+    if (status >= 0) status = EventHandler<&Keyboard::read>::onReady(loop_, source_, file_.get(), EPOLLIN, this);
     // Before anything that a client could keep the service busy with.
     if (status >= 0) status = sd_event_source_set_priority(source_.get(), SD_EVENT_PRIORITY_IMPORTANT);
     if (status >= 0) setMask(stateFile_, EV_SYN, {});

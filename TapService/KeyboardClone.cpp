@@ -2,6 +2,7 @@
 
 #include "TapService/Clock.h"
 #include "TapService/CloneOutput.h"
+#include "TapService/EventHandler.h"
 #include "TapService/Log.h"
 
 #include <fcntl.h>
@@ -91,13 +92,7 @@ std::string KeyboardClone::path() const {
 }
 
 bool KeyboardClone::watchOutput() {
-    sd_event_source* source = nullptr;
-    const auto handler = [](sd_event_source*, int, std::uint32_t, void* self) {
-        static_cast<KeyboardClone*>(self)->readOutput();
-        return 0;
-    };
-    const int status = sd_event_add_io(loop_, &source, file_.get(), EPOLLIN, handler, this);
-    output_.reset(source);
+    const int status = EventHandler<&KeyboardClone::readOutput>::onReady(loop_, output_, file_.get(), EPOLLIN, this);
     if (status < 0) Log::warning("Cannot watch a virtual keyboard", status);
     return status >= 0;
 }

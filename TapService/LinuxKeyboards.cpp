@@ -1,6 +1,7 @@
 #include "TapService/LinuxKeyboards.h"
 
 #include "TapService/Clock.h"
+#include "TapService/EventHandler.h"
 #include "TapService/Log.h"
 
 #include <systemd/sd-daemon.h>
@@ -156,17 +157,14 @@ std::optional<Time> LinuxKeyboards::grab(DeviceId device) {
     return since;
 }
 
+void LinuxKeyboards::Entry::checkLocks() {
+    if (keyboard->isGrabbed() && clone) locks->check(keyboard->lights());
+}
+
 void LinuxKeyboards::takeLocksOver(Entry& entry) {
     if (!entry.locks->takeOver(entry.keyboard->lights(), entry.clone->lights())) return;
-    sd_event_source* source = nullptr;
-    const auto handler = [](sd_event_source*, std::uint64_t, void* data) {
-        const auto& taken = *static_cast<Entry*>(data);
-        if (taken.keyboard->isGrabbed() && taken.clone) taken.locks->check(taken.keyboard->lights());
-        return 0;
-    };
-    const std::uint64_t time = microseconds(monotonicNow() + lightsTake);
-    if (sd_event_add_time(loop_, &source, CLOCK_MONOTONIC, time, 1000, handler, &entry) < 0) return;
-    entry.lockCheck.reset(source);
+    constexpr Time accuracy = std::chrono::milliseconds(1);
+    EventHandler<&Entry::checkLocks>::at(loop_, entry.lockCheck, monotonicNow() + lightsTake, accuracy, &entry);
 }
 
 std::optional<Time> LinuxKeyboards::ungrab(DeviceId device, bool force) {

@@ -40,6 +40,9 @@ private:
         EventSource lockCheck;
         bool cloneIsUnneeded = false;
         bool isRemoved = false;
+
+        /// Some time after the locks were taken over.
+        void checkLocks();
     };
 
     void found(const std::string& path, const std::string& node);

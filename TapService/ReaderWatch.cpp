@@ -1,6 +1,7 @@
 #include "TapService/ReaderWatch.h"
 
 #include "TapService/Clock.h"
+#include "TapService/EventHandler.h"
 #include "TapService/Log.h"
 
 #include <sys/inotify.h>
@@ -24,10 +25,7 @@ constexpr Time settlingTakes = 200ms;
 ReaderWatch::ReaderWatch(sd_event* loop, Handlers handlers) : loop_(loop), handlers_(std::move(handlers)) {}
 
 void ReaderWatch::begin() {
-    wakeIn(endTimer_, longestWait, [](sd_event_source*, std::uint64_t, void* self) {
-        static_cast<ReaderWatch*>(self)->finish();
-        return 0;
-    });
+    wakeIn<&ReaderWatch::finish>(endTimer_, longestWait);
 }
 
 void ReaderWatch::appeared(const std::string& node) {
@@ -39,32 +37,25 @@ void ReaderWatch::appeared(const std::string& node) {
 }
 
 void ReaderWatch::watch(const std::string& node) {
-    sd_event_source* source = nullptr;
-    const auto handler = [](sd_event_source*, const inotify_event* event, void* self) {
-        static_cast<ReaderWatch*>(self)->noticed(event->mask);
-        return 0;
-    };
-    const int status = sd_event_add_inotify(loop_, &source, node.c_str(), IN_OPEN | IN_ACCESS, handler, this);
-    notices_.reset(source);
+    const int status =
+        EventHandler<&ReaderWatch::noticed>::onChange(loop_, notices_, node.c_str(), IN_OPEN | IN_ACCESS, this);
     if (status < 0) Log::warning("Cannot see who reads " + node, status);
 }
 
-void ReaderWatch::noticed(std::uint32_t what) {
-    if ((what & IN_ACCESS) == 0) return probe();
+void ReaderWatch::noticed(const inotify_event& event) {
+    if ((event.mask & IN_ACCESS) == 0) return probe();
     isRead_ = true;
     notices_.reset();
     probeTimer_.reset();
-    wakeIn(endTimer_, settlingTakes, [](sd_event_source*, std::uint64_t, void* self) {
-        static_cast<ReaderWatch*>(self)->finish();
-        return 0;
-    });
+    wakeIn<&ReaderWatch::finish>(endTimer_, settlingTakes);
 }
 
 void ReaderWatch::probe() {
-    wakeIn(probeTimer_, openingTakes, [](sd_event_source*, std::uint64_t, void* self) {
-        static_cast<ReaderWatch*>(self)->handlers_.onProbe();
-        return 0;
-    });
+    wakeIn<&ReaderWatch::sendProbe>(probeTimer_, openingTakes);
+}
+
+void ReaderWatch::sendProbe() {
+    handlers_.onProbe();
 }
 
 void ReaderWatch::finish() {
@@ -76,11 +67,10 @@ void ReaderWatch::finish() {
     onReady();
 }
 
-void ReaderWatch::wakeIn(EventSource& timer, Time delay, sd_event_time_handler_t handler) {
-    sd_event_source* source = nullptr;
-    const std::uint64_t time = microseconds(monotonicNow() + delay);
-    const int status = sd_event_add_time(loop_, &source, CLOCK_MONOTONIC, time, 1000, handler, this);
-    timer.reset(source);
+template <auto member>
+void ReaderWatch::wakeIn(EventSource& timer, Time delay) {
+    constexpr Time accuracy = 1ms;
+    const int status = EventHandler<member>::at(loop_, timer, monotonicNow() + delay, accuracy, this);
     if (status < 0) Log::warning("Cannot set a timer", status);
 }
 

@@ -38,9 +38,11 @@ public:
 
 private:
     void watch(const std::string& node);
-    void noticed(std::uint32_t what);
-    void wakeIn(EventSource& timer, Time delay, sd_event_time_handler_t handler);
+    void noticed(const inotify_event& event);
+    template <auto member>
+    void wakeIn(EventSource& timer, Time delay);
     void probe();
+    void sendProbe();
     void finish();
 
     sd_event* loop_;

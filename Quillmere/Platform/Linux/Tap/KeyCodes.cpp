@@ -1,5 +1,7 @@
 #include "Quillmere/Platform/Linux/Tap/KeyCodes.h"
 
+#include "TapService/KeyRole.h"
+
 #include <linux/input-event-codes.h>
 
 #include <array>
@@ -168,6 +170,21 @@ constexpr std::int64_t lookUp(EvdevCode code) {
     return code < byCode.size() ? byCode[code] : noVirtualKey;
 }
 
+constexpr bool isModifierKey(std::int64_t virtualKey) {
+    return virtualKey >= firstModifier && virtualKey <= lastModifier;
+}
+
+// What Fn and the modifiers are is also said by the tap service, which knows no
+// virtual keys.
+static_assert([] {
+    for (EvdevCode code = 0; code < byCode.size(); ++code) {
+        const tap::KeyRole role = tap::roleOf(static_cast<std::uint16_t>(code));
+        if ((role == tap::KeyRole::fn) != (byCode[code] == fnVirtualKey)) return false;
+        if ((role == tap::KeyRole::modifier) != isModifierKey(byCode[code])) return false;
+    }
+    return true;
+}());
+
 }  // namespace
 
 std::optional<std::int64_t> virtualKey(EvdevCode code) {
@@ -187,8 +204,7 @@ bool isFn(EvdevCode code) {
 }
 
 bool isModifier(EvdevCode code) {
-    const std::int64_t found = lookUp(code);
-    return found >= firstModifier && found <= lastModifier;
+    return isModifierKey(lookUp(code));
 }
 
 }  // namespace quillmere::KeyCodes
