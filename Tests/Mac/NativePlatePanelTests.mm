@@ -118,6 +118,7 @@ TEST_F(NativePlatePanelTest, WithoutAScreenInFocusTheFirstIsTakenAndWithoutAnyNo
     appkit::screens.clear();
     EXPECT_TRUE(panel.visibleFrame().isEmpty());
     panel.setContent(redContent(), {});
+    EXPECT_EQ(window().contentView.layer.contentsScale, 1);
 }
 
 TEST_F(NativePlatePanelTest, ItComesToTheFrontWithTheShadowOfItsNewShape) {
@@ -133,6 +134,7 @@ TEST_F(NativePlatePanelTest, AFadeIsOvertakenByANewAlphaAndStillTellsItsEnd) {
     panel.fade(0, 0.25, [&] { ++ends; });
     EXPECT_EQ(appkit::lastDuration(), 0.25);
     EXPECT_LT(panel.alpha(), 1);
+    EXPECT_GT(panel.alpha(), 0) << "it takes its time";
     panel.setAlpha(1);
     EXPECT_EQ(appkit::lastDuration(), 0);
     EXPECT_EQ(panel.alpha(), 1);
