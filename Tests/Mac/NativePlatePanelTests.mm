@@ -1,5 +1,6 @@
 #include "Quillmere/Palette.h"
 #include "Quillmere/Plate/SwitchHUD.h"
+#include "Quillmere/Platform/Mac/NativeColor.h"
 #include "Quillmere/Platform/Mac/NativePlatePanel.h"
 #include "Tests/Mac/Doubles/AppKit.h"
 #include "Tests/Mac/Doubles/Graphics.h"
@@ -127,6 +128,25 @@ TEST_F(NativePlatePanelTest, ItComesToTheFrontWithTheShadowOfItsNewShape) {
     EXPECT_EQ(appkit::calls(), (std::vector<std::string>{"orderFrontRegardless", "invalidateShadow"}));
     panel.orderOut();
     EXPECT_FALSE(window().visible);
+}
+
+TEST_F(NativePlatePanelTest, ThatIsGivenUpWhileShownIsGoneFromTheScreen) {
+    {
+        NativePlatePanel shown;
+        shown.orderFront();
+    }
+    EXPECT_EQ(appkit::calls().back(), "orderOut");
+}
+
+TEST_F(NativePlatePanelTest, AColourOutlivesWhatItWasMadeOf) {
+    const auto made = [] {
+        const QColor light(10, 20, 30);
+        const QColor dark(200, 210, 220);
+        return NativeColor::makeDynamic(light, dark);
+    };
+    NSColor* const color = made();
+    EXPECT_NEAR(appkit::resolved(color, false)[0], 10 / 255.0, 0.001);
+    EXPECT_NEAR(appkit::resolved(color, true)[2], 220 / 255.0, 0.001);
 }
 
 TEST_F(NativePlatePanelTest, AFadeIsOvertakenByANewAlphaAndStillTellsItsEnd) {

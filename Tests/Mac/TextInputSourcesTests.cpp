@@ -63,7 +63,11 @@ TEST_F(TextInputSourcesTest, ARefusalIsTold) {
     textinput::refusal = -50;
     EXPECT_FALSE(sources.select(ukrainian));
     EXPECT_EQ(sources.currentID(), english);
-    EXPECT_EQ(service.select(service.sources().at(1)), -50);
+    InputSourceRecord record = service.sources().at(1);
+    EXPECT_EQ(service.select(record), -50);
+    textinput::refusal = 0;
+    record.id = "gone";
+    EXPECT_NE(service.select(record), 0);
 }
 
 TEST_F(TextInputSourcesTest, ASourceThatTheUserHasDisabledSinceIsNotSelected) {

@@ -192,6 +192,7 @@ using namespace appkit;
     calls().emplace_back("invalidateShadow");
 }
 - (void)dealloc {
+    misuse::stopIf(visible_, "a window given up while it is shown");
     overtake(self);
     std::erase(liveWindows, self);
     [backgroundColor_ release];
