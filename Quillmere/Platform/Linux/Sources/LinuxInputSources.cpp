@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
 
+#include "Quillmere/Platform/Linux/Sources/Gnome/GnomeInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Kde/KdeInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Xkb/XkbInputSources.h"
@@ -46,8 +47,9 @@ int LinuxInputSources::select(const InputSourceRecord& source) {
 
 std::unique_ptr<InputSourceService> makeLinuxInputSources() {
     std::vector<std::unique_ptr<DesktopInputSources>> kinds;
-    // Compositors first, since most of them have an X server too; and KDE has
-    // the last word about its layouts on one.
+    // Compositors first, since most of them have an X server too; and GNOME and
+    // KDE have the last word about their layouts on one.
+    kinds.push_back(GnomeInputSources::create());
     kinds.push_back(SwayInputSources::create());
     kinds.push_back(KdeInputSources::create());
     kinds.push_back(XkbInputSources::create());

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <gio/gio.h>
+
+#include <memory>
+
+namespace quillmere::gnomehelper {
+
+struct ObjectDeleter {
+    void operator()(GSettings* settings) const { g_object_unref(settings); }
+};
+using OwnedSettings = std::unique_ptr<GSettings, ObjectDeleter>;
+
+struct VariantDeleter {
+    void operator()(GVariant* variant) const { g_variant_unref(variant); }
+};
+using OwnedVariant = std::unique_ptr<GVariant, VariantDeleter>;
+
+}  // namespace quillmere::gnomehelper
