@@ -126,7 +126,14 @@ void AppDelegate::startInterceptor() {
 }
 
 void AppDelegate::observeInterest() {
-    const auto update = [this] { platform_.eventTap->setInterest(model_.interest()); };
+    const auto update = [this] {
+        platform_.eventTap->arm(model_.armedShortcuts());
+        platform_.eventTap->setInterest(model_.interest());
+    };
+    platform_.eventTap->onSwitched = [this](const Shortcut& shortcut, const std::string& sourceID) {
+        const std::shared_ptr<const Config> config = model_.snapshot();
+        if (const CycleGroup* group = config->group(shortcut)) showSwitch(*group, sourceID);
+    };
     connect(&model_, &ConfigModel::configChanged, this, update);
     connect(&model_, &ConfigModel::recordingChanged, this, update);
     update();

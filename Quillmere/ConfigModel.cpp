@@ -43,12 +43,24 @@ std::string ConfigModel::name(const std::string& sourceID) const {
 
 KeyInterest ConfigModel::interest() const {
     KeyInterest interest{.shortcuts = {}, .everyKey = static_cast<bool>(recorder_)};
-    for (const CycleGroup& group : config_->groups) {
-        // Exactly the shortcuts that can fire, so that no other key is held up.
-        if (!group.shortcut || config_->group(*group.shortcut) != &group) continue;
-        interest.shortcuts.push_back(*group.shortcut);
-    }
+    for (const CycleGroup* group : firingGroups())
+        interest.shortcuts.push_back(*group->shortcut);
     return interest;
+}
+
+std::vector<ArmedShortcut> ConfigModel::armedShortcuts() const {
+    std::vector<ArmedShortcut> shortcuts;
+    for (const CycleGroup* group : firingGroups())
+        shortcuts.push_back({.shortcut = *group->shortcut, .sourceIDs = group->sourceIDs});
+    return shortcuts;
+}
+
+/// Exactly those that can fire, so that no other key is held up.
+std::vector<const CycleGroup*> ConfigModel::firingGroups() const {
+    std::vector<const CycleGroup*> groups;
+    for (const CycleGroup& group : config_->groups)
+        if (group.shortcut && config_->group(*group.shortcut) == &group) groups.push_back(&group);
+    return groups;
 }
 
 }  // namespace quillmere

@@ -51,6 +51,8 @@ public:
 
     /// What the keyboard tap must deliver for this state.
     KeyInterest interest() const;
+    /// What the shortcuts of that interest go through.
+    std::vector<ArmedShortcut> armedShortcuts() const;
 
     /// Shows a sample plate; set at launch, may be empty.
     std::function<void()> onPreview;
@@ -63,6 +65,8 @@ signals:
     void recordingChanged();
 
 private:
+    std::vector<const CycleGroup*> firingGroups() const;
+
     ConfigStore store_;
     std::vector<SourceInfo> available_;
     std::shared_ptr<const Config> config_;

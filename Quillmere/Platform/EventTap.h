@@ -4,6 +4,7 @@
 #include "QuillmereCore/Shortcut.h"
 
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace quillmere {
@@ -17,6 +18,15 @@ struct KeyInterest {
     bool everyKey = false;            ///< a recording is under way: every press is delivered
 
     friend bool operator==(const KeyInterest&, const KeyInterest&) = default;
+};
+
+/// A shortcut and what it goes through: all that a desktop has to know to switch
+/// by itself.
+struct ArmedShortcut {
+    Shortcut shortcut;
+    std::vector<std::string> sourceIDs;  ///< of its group, in cycling order
+
+    friend bool operator==(const ArmedShortcut&, const ArmedShortcut&) = default;
 };
 
 /// The system-wide keyboard filter. All members and the callback on the main
@@ -45,6 +55,17 @@ public:
     /// May be called before `install`, and whenever the interest may have
     /// changed: the same one again costs nothing.
     virtual void setInterest(const KeyInterest& interest) = 0;
+
+    /// Replaces what the shortcuts of interest go through, for a tap whose
+    /// desktop swallows a press and switches by itself; every other has no use
+    /// for it. May be called whenever `setInterest` may.
+    virtual void arm(const std::vector<ArmedShortcut>& /*shortcuts*/) {}
+
+    /// The desktop has switched by itself, to this source of a shortcut's group.
+    /// Comes once the source is in effect, in place of the event: no other
+    /// callback hears of that press. Does nothing until set.
+    std::function<void(const Shortcut& shortcut, const std::string& sourceID)> onSwitched = [](const Shortcut&,
+                                                                                               const std::string&) {};
 };
 
 }  // namespace quillmere

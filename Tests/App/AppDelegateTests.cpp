@@ -196,6 +196,36 @@ TEST_F(AppDelegateTest, TheTapLearnsOfEveryChangeAtOnce) {
     EXPECT_EQ(system.tap.interest, KeyInterest{});
 }
 
+TEST_F(AppDelegateTest, ADesktopThatSwitchesByItselfIsArmedWithWhatCanFire) {
+    store({"a", "b"});
+    system.tap.onInstall = [this] { EXPECT_EQ(system.tap.armed.size(), 1U) << "before it is the tap"; };
+    launch();
+    EXPECT_EQ(system.tap.armed, (std::vector<ArmedShortcut>{{commandK, {"a", "b"}}}));
+    delegate->model().setConfig({true, {{makeUUID(), commandK, {"b", "c"}}}, {}});
+    EXPECT_EQ(system.tap.armed, (std::vector<ArmedShortcut>{{commandK, {"b", "c"}}}));
+    delegate->toggleActive();
+    EXPECT_EQ(system.tap.armed, std::vector<ArmedShortcut>{});
+}
+
+TEST_F(AppDelegateTest, WhatTheDesktopHasSwitchedByItselfIsShownAndNotDecidedAgain) {
+    store({"a", "b", "c"});
+    launch();
+    system.tap.onSwitched(commandK, "c");
+    system.queue.advance(0);
+    EXPECT_TRUE(system.panel.isVisible());
+    EXPECT_EQ(plateNames(), (std::vector<std::string>{"Alpha", "Beta", "[Gamma]"}));
+    EXPECT_EQ(system.inputSources.current, "a") << "nothing is selected";
+}
+
+TEST_F(AppDelegateTest, ASwitchOfAGroupThatIsGoneShowsNothing) {
+    store({"a", "b"});
+    launch();
+    delegate->toggleActive();
+    system.tap.onSwitched(commandK, "b");
+    system.queue.advance(0);
+    EXPECT_FALSE(system.panel.isVisible());
+}
+
 TEST_F(AppDelegateTest, TurningOffAndOnRestoresTheConfigurationAndStoresBoth) {
     store({"a", "b"});
     launch();

@@ -115,6 +115,7 @@ TEST_F(ConfigModelTest, OfInterestAreTheShortcutsThatCanFire) {
                       {makeUUID(), unused, {}}},
                      {}});
     EXPECT_EQ(model.interest(), (KeyInterest{.shortcuts = {Shortcut::fn, commandK}}));
+    EXPECT_EQ(model.armedShortcuts(), (std::vector<ArmedShortcut>{{Shortcut::fn, {"a"}}, {commandK, {"a", "b"}}}));
 }
 
 TEST_F(ConfigModelTest, SwitchedOffNothingIsOfInterestUnlessRecording) {

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <utility>
+#include <vector>
 
 namespace quillmere {
 
@@ -19,6 +20,7 @@ public:
     }
     void enable() override { ++enableCalls; }
     void setInterest(const KeyInterest& newInterest) override { interest = newInterest; }
+    void arm(const std::vector<ArmedShortcut>& shortcuts) override { armed = shortcuts; }
 
     std::function<void()> onInstall;  ///< each time before the answer
     bool allowed = true;
@@ -26,6 +28,7 @@ public:
     int enableCalls = 0;
     Callback callback;
     KeyInterest interest;
+    std::vector<ArmedShortcut> armed;
 };
 
 }  // namespace quillmere

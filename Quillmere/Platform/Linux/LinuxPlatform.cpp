@@ -7,6 +7,8 @@
 #include "Quillmere/Platform/Linux/Plate/X11PlatePanel.h"
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
 #include "Quillmere/Platform/Linux/Tap/FallbackEventTap.h"
+#include "Quillmere/Platform/Linux/Tap/FirstEventTap.h"
+#include "Quillmere/Platform/Linux/Tap/Gnome/GnomeEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
@@ -19,7 +21,9 @@
 #include <QPointer>
 
 #include <chrono>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace quillmere {
 
@@ -42,6 +46,15 @@ std::unique_ptr<EventTap> makeX11Tap() {
                                               [] { return makeServiceTap(serviceStart); });
 }
 
+/// Of those that there may be, the one that switches by itself first.
+std::unique_ptr<EventTap> makeDesktopTap(InputSourceService& sources) {
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    std::vector<std::unique_ptr<EventTap>> taps;
+    taps.push_back(std::make_unique<GnomeEventTap>(bus));
+    taps.push_back(std::make_unique<KdeEventTap>(bus, sources));
+    return std::make_unique<FirstEventTap>(std::move(taps));
+}
+
 /// The service's where it gives one, else the desktop's own.
 std::unique_ptr<EventTap> makeWaylandTap(std::unique_ptr<ServiceEventTap> service,
                                          ServicePermissionRequest& permissionRequest, InputSourceService& sources) {
@@ -49,8 +62,7 @@ std::unique_ptr<EventTap> makeWaylandTap(std::unique_ptr<ServiceEventTap> servic
     permissionRequest.onGranted = [tap = QPointer(service.get())] {
         if (tap) tap->request();
     };
-    return std::make_unique<FallbackEventTap>(std::move(service),
-                                              std::make_unique<KdeEventTap>(QDBusConnection::sessionBus(), sources));
+    return std::make_unique<FallbackEventTap>(std::move(service), makeDesktopTap(sources));
 }
 
 }  // namespace

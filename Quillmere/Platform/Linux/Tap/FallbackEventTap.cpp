@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/Tap/FallbackEventTap.h"
 
+#include <string>
 #include <utility>
 
 namespace quillmere {
@@ -8,6 +9,9 @@ FallbackEventTap::FallbackEventTap(std::unique_ptr<ServiceEventTap> service, std
     : service_(std::move(service)), displayServer_(std::move(displayServer)) {
     connect(service_.get(), &ServiceEventTap::lost, this, [this] { installDisplayServers(); });
     connect(service_.get(), &ServiceEventTap::opened, this, [this] { takeOver(); });
+    displayServer_->onSwitched = [this](const Shortcut& shortcut, const std::string& sourceID) {
+        onSwitched(shortcut, sourceID);
+    };
 }
 
 bool FallbackEventTap::install(Callback callback) {

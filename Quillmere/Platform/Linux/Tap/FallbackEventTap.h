@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <memory>
+#include <vector>
 
 namespace quillmere {
 
@@ -21,6 +22,7 @@ public:
     bool install(Callback callback) override;
     void enable() override;
     void setInterest(const KeyInterest& interest) override;
+    void arm(const std::vector<ArmedShortcut>& shortcuts) override { displayServer_->arm(shortcuts); }
 
 private:
     bool installDisplayServers();

@@ -1,0 +1,105 @@
+#include "Quillmere/Platform/Linux/Tap/Gnome/GnomeEventTap.h"
+
+#include "Quillmere/Platform/Linux/Sources/Gnome/GnomeSourceIDs.h"
+#include "Quillmere/Platform/Linux/Tap/Gnome/GnomeAccelerators.h"
+
+#include <QDBusMessage>
+
+#include <algorithm>
+#include <utility>
+
+namespace quillmere {
+
+namespace {
+
+/// Without those that are of another desktop, which this one cannot switch to.
+ArmedShortcut withGnomesSources(ArmedShortcut shortcut) {
+    std::erase_if(shortcut.sourceIDs, [](const std::string& id) { return !gnomeSourceIDs::sourceOf(id); });
+    return shortcut;
+}
+
+GnomeSourceList sourcesOf(const ArmedShortcut& shortcut) {
+    GnomeSourceList sources;
+    for (const std::string& id : shortcut.sourceIDs)
+        if (auto source = gnomeSourceIDs::sourceOf(id)) sources.push_back(*std::move(source));
+    return sources;
+}
+
+}  // namespace
+
+GnomeEventTap::GnomeEventTap(const QDBusConnection& bus) : bus_(bus), extension_(bus) {}
+
+GnomeEventTap::~GnomeEventTap() = default;
+
+bool GnomeEventTap::install(Callback /*callback*/) {
+    if (!extension_.isLive()) return false;
+    if (!std::exchange(isInstalled_, true)) {
+        listen();
+        tell();
+    }
+    return std::ranges::none_of(interest_.shortcuts, &Shortcut::isFnAlone);
+}
+
+void GnomeEventTap::listen() {
+    bus_.connect(GnomeExtension::name, GnomeExtension::path, GnomeExtension::interface, QStringLiteral("Switched"),
+                 this, SLOT(noteSwitched(QString, uint)));
+    connect(&extension_, &GnomeExtension::liveChanged, this, [this] {
+        if (extension_.isLive()) send();
+    });
+}
+
+void GnomeEventTap::setInterest(const KeyInterest& interest) {
+    if (interest == interest_) return;
+    interest_ = interest;
+    tell();
+}
+
+void GnomeEventTap::arm(const std::vector<ArmedShortcut>& shortcuts) {
+    shortcuts_ = shortcuts;
+    tell();
+}
+
+/// Arms the extension, when that makes a difference.
+void GnomeEventTap::tell() {
+    if (!isInstalled_) return;
+    std::vector<ArmedShortcut> wanted;
+    for (const ArmedShortcut& shortcut : shortcuts_) {
+        // While one is recorded the present ones must get to the window, too.
+        const bool isOfInterest =
+            !interest_.everyKey
+            && std::ranges::find(interest_.shortcuts, shortcut.shortcut) != interest_.shortcuts.end();
+        if (isOfInterest) wanted.push_back(withGnomesSources(shortcut));
+    }
+    if (wanted == told_) return;
+    told_ = std::move(wanted);
+    // What is said of a former table means nothing in the new one.
+    ++tables_;
+    table_.clear();
+    byToken_.clear();
+    for (const ArmedShortcut& shortcut : told_)
+        for (const std::string& accelerator : gnomeAccelerators::of(shortcut.shortcut)) {
+            const QString token = QStringLiteral("%1-%2").arg(tables_).arg(table_.size());
+            table_.push_back({token, QString::fromStdString(accelerator), sourcesOf(shortcut)});
+            byToken_.emplace(token, shortcut);
+        }
+    send();
+}
+
+/// A combination that is somebody else's stays theirs.
+void GnomeEventTap::send() const {
+    QDBusMessage call = QDBusMessage::createMethodCall(GnomeExtension::name, GnomeExtension::path,
+                                                       GnomeExtension::interface, QStringLiteral("Arm"));
+    call << busValueOf(table_);
+    call.setAutoStartService(false);
+    bus_.send(call);
+}
+
+void GnomeEventTap::noteSwitched(const QString& token, uint index) {
+    const auto found = byToken_.find(token);
+    if (found == byToken_.end() || index >= found->second.sourceIDs.size()) return;
+    // A copy: who is told may replace the table.
+    const ArmedShortcut shortcut = found->second;
+    onSwitched(shortcut.shortcut, shortcut.sourceIDs[index]);
+}
+
+}  // namespace quillmere
