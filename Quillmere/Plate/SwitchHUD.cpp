@@ -2,13 +2,12 @@
 
 #include "Quillmere/Palette.h"
 #include "Quillmere/Plate/PlateLabel.h"
+#include "Quillmere/Platform/RoundedRegion.h"
 
 #include <QAccessible>
 #include <QApplication>
-#include <QRegion>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace quillmere {
@@ -57,23 +56,6 @@ int panelHeight(std::size_t count) {
 
 void centre(QWidget& label, const QWidget& row) {
     label.move((row.width() - label.width()) / 2, (row.height() - label.height()) / 2);
-}
-
-/// The points whose middle lies within the plate's rounded outline. A region
-/// made from the outline's path rounds its corner points and dents the curve.
-QRegion roundedRegion(const QRect& rect) {
-    const double radius = std::min(PlatePanel::cornerRadius, rect.height() / 2.0);
-    const auto insetAt = [&](int y) {
-        const double fromEdge = std::min(y, rect.height() - 1 - y) + 0.5;
-        const double rise = std::max(radius - fromEdge, 0.0);
-        return static_cast<int>(std::lround(radius - std::sqrt(radius * radius - rise * rise)));
-    };
-    QRegion region;
-    for (int y = 0; y < rect.height(); ++y) {
-        const int inset = insetAt(y);
-        region += QRect(rect.x() + inset, rect.y() + y, rect.width() - 2 * inset, 1);
-    }
-    return region;
 }
 
 }  // namespace
@@ -145,7 +127,7 @@ std::unique_ptr<QWidget> SwitchHUD::plate(std::unique_ptr<QWidget> content, cons
         // held before; under a hard mask it blends with the outline's colour.
         auto* ground = new PlateView(Palette::border(), Palette::clear(), 0, container.get());
         ground->setGeometry(bounds);
-        container->setMask(roundedRegion(bounds));
+        container->setMask(roundedRegion(bounds, PlatePanel::cornerRadius));
     }
     const double opacity = translucent ? settings.resolvedOpacity(glassAvailable_) : 1;
     auto* background =

@@ -58,7 +58,11 @@ void Kwin::start() {
     process_.reset();
     std::filesystem::remove(waylandDisplay());
     std::vector<std::string> arguments{
-        copyOf(program, folder_), "--virtual", "--no-lockscreen", "--width", "1280", "--height", "800"};
+        copyOf(program, folder_), "--no-lockscreen", "--width", "1280", "--height", "800"};
+    if (options_.display.empty())
+        arguments.emplace_back("--virtual");
+    else
+        arguments.insert(arguments.end(), {"--x11-display", options_.display});
     if (options_.hasXwayland) arguments.emplace_back("--xwayland");
     process_ = std::make_unique<ChildProcess>(ChildProcess::Options{.arguments = arguments,
                                                                     .environment = environment_,

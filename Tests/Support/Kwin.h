@@ -11,12 +11,14 @@
 
 namespace quillmere::support {
 
-/// A Wayland desktop of one's own: KDE's compositor KWin, without a screen.
+/// A Wayland desktop of one's own: KDE's compositor KWin.
 class Kwin {
 public:
     struct Options {
         std::string layouts = "us,ua,de";
         std::string variants;  ///< ",dvorak,"; empty for none
+        /// The X server (":7") in whose window it is; without a screen when empty.
+        std::string display;
         bool hasXwayland = false;
     };
 

@@ -19,6 +19,8 @@ namespace {
 // table, in which the requests before a used one have their places, too.
 
 constexpr std::uint32_t authenticateRequest = 0;
+constexpr std::uint32_t buttonRequest = 2;
+constexpr std::uint32_t moveRequest = 9;
 constexpr std::uint32_t keyRequest = 10;
 constexpr std::uint32_t versionWithKeys = 4;
 
@@ -48,6 +50,7 @@ constexpr auto keyNames = std::to_array<Named>({
     {"super", KEY_LEFTMETA},
     {"space", KEY_SPACE},
     {"tab", KEY_TAB},
+    {"escape", KEY_ESC},
     {"a", KEY_A},
     {"k", KEY_K},
     {"q", KEY_Q},
@@ -103,6 +106,17 @@ void KwinTypist::type(std::string_view movements) {
         const std::uint32_t isPress = word.front() == '+' ? 1 : 0;
         wl_proxy_marshal(client_->input, keyRequest, codeOf(std::string_view(word).substr(1)), isPress);
     }
+    flush();
+}
+
+void KwinTypist::click(QPoint at) {
+    wl_proxy_marshal(client_->input, moveRequest, wl_fixed_from_int(at.x()), wl_fixed_from_int(at.y()));
+    for (const std::uint32_t isPress : {1U, 0U})
+        wl_proxy_marshal(client_->input, buttonRequest, std::uint32_t{BTN_LEFT}, isPress);
+    flush();
+}
+
+void KwinTypist::flush() const {
     if (wl_display_flush(client_->display) < 0) throw SupportError("the Wayland display is gone", errno);
 }
 

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <QPoint>
+
 #include <memory>
 #include <string>
 #include <string_view>
 
 namespace quillmere::support {
 
-/// Presses keys on a KWin desktop as hardware would, by the protocol that KDE
-/// has for remote desktops (org_kde_kwin_fake_input).
+/// Presses keys and moves the pointer on a KWin desktop as hardware would, by
+/// the protocol that KDE has for remote desktops (org_kde_kwin_fake_input).
 class KwinTypist {
 public:
     /// At this WAYLAND_DISPLAY. Throws when there is no such desktop.
@@ -18,11 +20,16 @@ public:
 
     /// Presses and releases keys without a gap, in the order of the words:
     /// "+ctrl +alt +space -space -alt -ctrl". The names are ctrl, alt, shift,
-    /// super, space, tab and some letters.
+    /// super, space, tab, escape and some letters.
     void type(std::string_view movements);
+
+    /// Puts the pointer there, in points, and presses its left button once.
+    void click(QPoint at);
 
 private:
     struct Client;
+
+    void flush() const;
 
     std::unique_ptr<Client> client_;
 };

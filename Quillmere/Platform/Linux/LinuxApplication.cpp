@@ -20,7 +20,8 @@ bool prefersXwayland() {
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv) {
     if (!prefersXwayland()) return std::make_unique<QApplication>(argc, argv);
     // A client of Wayland cannot say where its window goes, nor keep the focus
-    // away from it: the plate could be neither in the middle nor out of the way.
+    // away from it: where the compositor has no layer shell, the plate could be
+    // neither in the middle nor out of the way.
     qputenv(choice, "xcb;wayland");
     auto application = std::make_unique<QApplication>(argc, argv);
     // The choice is this program's own, not that of the browser that it starts.

@@ -4,6 +4,7 @@
 #include "Quillmere/Platform/Linux/Desktop/SqliteDefaults.h"
 #include "Quillmere/Platform/Linux/Desktop/StatusNotifierHost.h"
 #include "Quillmere/Platform/Linux/LinuxSession.h"
+#include "Quillmere/Platform/Linux/Plate/LayerShellPlatePanel.h"
 #include "Quillmere/Platform/Linux/Plate/X11PlatePanel.h"
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
 #include "Quillmere/Platform/Linux/Tap/FallbackEventTap.h"
@@ -65,6 +66,11 @@ std::unique_ptr<EventTap> makeWaylandTap(std::unique_ptr<ServiceEventTap> servic
     return std::make_unique<FallbackEventTap>(std::move(service), makeDesktopTap(sources));
 }
 
+std::unique_ptr<PlatePanel> makePlatePanel(const LinuxSession& session, const Appearance& appearance) {
+    auto panel = session.hasWayland ? LayerShellPlatePanel::create(appearance) : nullptr;
+    return panel ? std::move(panel) : std::make_unique<X11PlatePanel>();
+}
+
 }  // namespace
 
 Platform makePlatform() {
@@ -77,13 +83,15 @@ Platform makePlatform() {
     auto service = isX11 ? nullptr : makeServiceTap(serviceWait);
     auto inputSources = makeLinuxInputSources();
     auto eventTap = isX11 ? makeX11Tap() : makeWaylandTap(std::move(service), *permissionRequest, *inputSources);
+    auto appearance = std::make_unique<PortalAppearance>();
+    auto platePanel = makePlatePanel(session, *appearance);
     return {
         .mainQueue = std::make_unique<QtMainQueue>(),
         .userDefaults = std::make_unique<SqliteDefaults>(SqliteDefaults::standardFile()),
         .inputSources = std::move(inputSources),
         .eventTap = std::move(eventTap),
-        .platePanel = std::make_unique<X11PlatePanel>(),
-        .appearance = std::make_unique<PortalAppearance>(),
+        .platePanel = std::move(platePanel),
+        .appearance = std::move(appearance),
         .trayHost = std::make_unique<StatusNotifierHost>(),
         .loginItem = std::make_unique<DesktopLoginItem>(),
         .bundle = std::make_unique<InfoBundle>(),

@@ -68,12 +68,13 @@ void PlateShadow::paintEvent(QPaintEvent* /*event*/) {
     if (!isDrawn_) return;
     constexpr int leastSide = 2 * corner + 1;
     const QSize plate = size().shrunkBy(margins()).boundedTo({leastSide, leastSide});
-    const double scale = devicePixelRatioF();
+    QPainter painter(this);
+    // Not the widget's own, which knows nothing of a picture that it is drawn into.
+    const double scale = painter.combinedTransform().m11();
     if (tile_.size() != tileSize(plate, scale)) tile_ = drawTile(plate, scale);
 
     const auto reach = [](int side) { return margin + std::min(corner, side / 2); };
     const QMargins target(reach(plate.width()), reach(plate.height()), reach(plate.width()), reach(plate.height()));
-    QPainter painter(this);
     qDrawBorderPixmap(&painter, rect(), target, tile_, tile_.rect(), (QMarginsF(target) * scale).toMargins());
 }
 

@@ -4,9 +4,7 @@
 #include <QGuiApplication>
 #include <QScreen>
 
-#include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <string_view>
@@ -15,11 +13,6 @@
 namespace quillmere {
 
 namespace {
-
-using namespace std::chrono_literals;
-
-// About 60 Hz, and only while a fade runs.
-constexpr auto fadeStepTime = 16ms;
 
 // That of Xwayland under wlroots before 0.18: it blends windows, but not by
 // their opacity.
@@ -53,7 +46,10 @@ void refuseShadow(const QtX11& x11, xcb_window_t window) {
 }  // namespace
 
 X11PlatePanel::X11PlatePanel()
-    : x11_(QtX11::current()), window_(makeWindow()), shadow_(new PlateShadow(window_.get())) {
+    : x11_(QtX11::current()),
+      window_(makeWindow()),
+      shadow_(new PlateShadow(window_.get())),
+      fade_([this](double alpha) { applyAlpha(alpha); }) {
     if (x11_) {
         mainScreen_.emplace(*x11_);
         frameExtents_ = x11_->atom("_GTK_FRAME_EXTENTS");
@@ -61,9 +57,6 @@ X11PlatePanel::X11PlatePanel()
         compositorSelection_ = x11_->screenSelection("_NET_WM_CM_S");
         isOpacityHeeded_ = x11_->windowManagerName() != deafWindowManager;
     }
-    fadeStep_.setTimerType(Qt::PreciseTimer);
-    fadeStep_.setInterval(fadeStepTime);
-    QObject::connect(&fadeStep_, &QTimer::timeout, window_.get(), [this] { stepFade(); });
 }
 
 X11PlatePanel::~X11PlatePanel() = default;
@@ -106,21 +99,8 @@ QRectF X11PlatePanel::visibleFrame() const {
     return screen ? QRectF(screen->availableGeometry()) : QRectF();
 }
 
-void X11PlatePanel::setAlpha(double alpha) {
-    ++fadeNumber_;
-    fade_.reset();
-    fadeStep_.stop();
-    applyAlpha(alpha);
-}
-
 void X11PlatePanel::fade(double alpha, double seconds, std::function<void()> completion) {
-    const int number = ++fadeNumber_;
-    fade_ = Fade{.from = alpha_, .to = alpha, .seconds = seconds, .clock = {}};
-    fade_->clock.start();
-    if (canFade()) fadeStep_.start();
-    const auto duration = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
-    QTimer::singleShot(duration, Qt::PreciseTimer, window_.get(),
-                       [this, number, completion = std::move(completion)] { endFade(number, completion); });
+    fade_.run(alpha, seconds, canFade(), std::move(completion));
 }
 
 void X11PlatePanel::orderFront() {
@@ -142,19 +122,7 @@ bool X11PlatePanel::canFade() const {
     return x11_ && isTranslucent();
 }
 
-void X11PlatePanel::stepFade() {
-    const double passed = static_cast<double>(fade_->clock.nsecsElapsed()) / 1e9;
-    const double done = std::min(passed / fade_->seconds, 1.0);
-    applyAlpha(fade_->from + (fade_->to - fade_->from) * done);
-}
-
-void X11PlatePanel::endFade(int number, const std::function<void()>& completion) {
-    if (number == fadeNumber_) setAlpha(fade_->to);
-    if (completion) completion();
-}
-
 void X11PlatePanel::applyAlpha(double alpha) {
-    alpha_ = alpha;
     // No other display server lets a client fade its window.
     if (!x11_) return;
     if (!isOpacityHeeded_) {

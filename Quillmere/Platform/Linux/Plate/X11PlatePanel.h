@@ -1,12 +1,11 @@
 #pragma once
 
+#include "Quillmere/Platform/Linux/Plate/PlateFade.h"
 #include "Quillmere/Platform/Linux/Plate/PlateShadow.h"
 #include "Quillmere/Platform/Linux/Plate/X11MainScreen.h"
 #include "Quillmere/Platform/Linux/X11/QtX11.h"
 #include "Quillmere/Platform/PlatePanel.h"
 
-#include <QElapsedTimer>
-#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -26,8 +25,8 @@ public:
     void setContent(QWidget* content, const PlateMaterial& material) override;
     void setFrame(const QRectF& frame) override;
     QRectF visibleFrame() const override;
-    void setAlpha(double alpha) override;
-    double alpha() const override { return alpha_; }
+    void setAlpha(double alpha) override { fade_.set(alpha); }
+    double alpha() const override { return fade_.alpha(); }
     /// Without a compositor, and on other displays than X11, nothing is seen
     /// of it until its end.
     void fade(double alpha, double seconds, std::function<void()> completion) override;
@@ -36,17 +35,8 @@ public:
     bool isTranslucent() const override;
 
 private:
-    struct Fade {
-        double from;
-        double to;
-        double seconds;
-        QElapsedTimer clock;
-    };
-
     void tellShadow(const QMargins& room) const;
     bool canFade() const;
-    void stepFade();
-    void endFade(int number, const std::function<void()>& completion);
     void applyAlpha(double alpha);
     void paintAt(double alpha);
 
@@ -59,10 +49,7 @@ private:
     std::unique_ptr<QWidget> window_;
     PlateShadow* shadow_;         ///< owned by the window, and fills it
     QWidget* content_ = nullptr;  ///< owned by the shadow
-    double alpha_ = 1;
-    std::optional<Fade> fade_;
-    int fadeNumber_ = 0;  ///< counts fades and what overtakes them
-    QTimer fadeStep_;
+    PlateFade fade_;
 };
 
 }  // namespace quillmere
