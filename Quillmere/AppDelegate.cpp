@@ -48,8 +48,8 @@ void AppDelegate::toggleActive() {
 
 AppSettings& AppDelegate::settings() {
     if (!settings_) {
-        settings_ =
-            std::make_unique<AppSettings>(updateStore_, updatesEnabled(), *platform_.loginItem, *platform_.workspace);
+        settings_ = std::make_unique<AppSettings>(updateStore_, updatesEnabled(), *platform_.loginItem,
+                                                  *platform_.workspace, platform_.offers);
     }
     return *settings_;
 }
@@ -112,6 +112,10 @@ KeyInterceptor& AppDelegate::interceptor() {
 
 void AppDelegate::startInterceptor() {
     observeInterest();
+    openPermissionGate();
+}
+
+void AppDelegate::openPermissionGate() {
     permissionGate_ = std::make_unique<PermissionGate>([this] { return interceptor().start(); });
     if (permissionGate_->state() == PermissionGate::State::granted) return;
     permissionWindow_ = std::make_unique<PermissionWindow>(std::make_shared<PermissionModel>(), *platform_.mainQueue,
@@ -129,6 +133,9 @@ void AppDelegate::observeInterest() {
     const auto update = [this] {
         platform_.eventTap->arm(model_.armedShortcuts());
         platform_.eventTap->setInterest(model_.interest());
+        // A shortcut that the tap in use cannot hear takes a permission of its own.
+        const bool isGranted = permissionGate_ && permissionGate_->state() == PermissionGate::State::granted;
+        if (isGranted && !platform_.eventTap->deliversAll()) openPermissionGate();
     };
     platform_.eventTap->onSwitched = [this](const Shortcut& shortcut, const std::string& sourceID) {
         const std::shared_ptr<const Config> config = model_.snapshot();

@@ -51,7 +51,7 @@ public:
     KeyInterceptor& interceptor();
     const PermissionGate* permissionGate() const { return permissionGate_.get(); }
     /// The window that asks for the permission; null unless it was missing at
-    /// launch.
+    /// some time.
     PermissionWindow* permissionWindow() { return permissionWindow_.get(); }
     /// Whether the permission is being polled for.
     bool isRetrying() const { return retryTimer_ != nullptr; }
@@ -73,6 +73,9 @@ private:
     /// The settings window is closed.
     void windowWillClose();
     void startInterceptor();
+    /// Starts the keyboard filter, and asks for the permission as long as it is
+    /// missing.
+    void openPermissionGate();
     void observeInterest();
     void showSwitch(const CycleGroup& group, const std::string& selectedID);
 

@@ -28,8 +28,13 @@ QVBoxLayout* makeColumn(QWidget* content) {
 
 }  // namespace
 
-PermissionView::PermissionView(std::shared_ptr<const PermissionModel> model, Actions actions, QWidget* parent)
-    : QWidget(parent), model_(std::move(model)), actions_(std::move(actions)), frame_(new QVBoxLayout(this)) {
+PermissionView::PermissionView(std::shared_ptr<const PermissionModel> model, QString directions, Actions actions,
+                               QWidget* parent)
+    : QWidget(parent),
+      model_(std::move(model)),
+      directions_(std::move(directions)),
+      actions_(std::move(actions)),
+      frame_(new QVBoxLayout(this)) {
     frame_->setContentsMargins(0, 0, 0, 0);
     connect(model_.get(), &PermissionModel::stateChanged, this, [this] { refresh(); });
     refresh();
@@ -53,9 +58,7 @@ QWidget* PermissionView::makeNeeded() {
     auto* const column = makeColumn(content);
     column->addWidget(new WrappedLabel(
         QStringLiteral("Quillmere needs Accessibility access to see your shortcut keys."), TextStyle::title));
-    column->addWidget(new WrappedLabel(
-        QStringLiteral("Open System Settings, go to Privacy & Security › Accessibility and switch Quillmere on."),
-        TextStyle::body, Palette::muted()));
+    column->addWidget(new WrappedLabel(directions_, TextStyle::body, Palette::muted()));
     auto* const row = new QHBoxLayout;
     row->setSpacing(buttonSpacing);
     auto* const settings = new AccentButton(QStringLiteral("Open System Settings"));

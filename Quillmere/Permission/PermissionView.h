@@ -22,7 +22,9 @@ public:
         std::function<void()> onDone;
     };
 
-    PermissionView(std::shared_ptr<const PermissionModel> model, Actions actions, QWidget* parent = nullptr);
+    /// `directions`: what the user is to do.
+    PermissionView(std::shared_ptr<const PermissionModel> model, QString directions, Actions actions,
+                   QWidget* parent = nullptr);
 
 private:
     void refresh();
@@ -30,6 +32,7 @@ private:
     QWidget* makeGranted();
 
     std::shared_ptr<const PermissionModel> model_;
+    QString directions_;
     Actions actions_;
     QVBoxLayout* frame_;
     QWidget* content_ = nullptr;  ///< what the state asks for

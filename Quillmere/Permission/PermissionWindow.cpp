@@ -33,7 +33,7 @@ void PermissionWindow::show() {
     };
     delete window_;
     window_ = new Window(Window::Kind::fixed, QStringLiteral("Quillmere needs permission"),
-                         new PermissionView(model_, actions));
+                         new PermissionView(model_, request_.directions(), actions));
     workspace_.blendTitleBar(*window_, Palette::window().light, Palette::window().dark);
     workspace_.bringToFront(*window_);
 }

@@ -44,8 +44,8 @@ public:
 
     /// Starts delivering events, enabled; false when the platform refuses
     /// (no permission, no such facility), which may change later: also when it
-    /// delivers only a part of what is wanted. Called at most once after it has
-    /// returned true.
+    /// delivers only a part of what is wanted. Once it has returned true it is
+    /// called again only where `deliversAll` is false.
     virtual bool install(Callback callback) = 0;
 
     /// Turns the tap on again after it was disabled. Nothing without a tap.
@@ -66,6 +66,10 @@ public:
     /// callback hears of that press. Does nothing until set.
     std::function<void(const Shortcut& shortcut, const std::string& sourceID)> onSwitched = [](const Shortcut&,
                                                                                                const std::string&) {};
+
+    /// Whether an installed tap delivers all of its interest; where it does not,
+    /// the permission for what would deliver the rest is missing.
+    virtual bool deliversAll() const { return true; }
 };
 
 }  // namespace quillmere

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 namespace quillmere {
 
 /// Whether the program starts at login. Main thread only.
@@ -12,6 +14,9 @@ public:
 
     /// Whether this system can start programs at login at all.
     virtual bool isAvailable() const = 0;
+
+    /// What it would take for that, in English: a few words.
+    virtual QString requirement() const = 0;
 
     /// The real state, read afresh.
     virtual bool isEnabled() const = 0;

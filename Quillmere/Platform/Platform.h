@@ -6,6 +6,7 @@
 #include "Quillmere/Platform/InputSourceService.h"
 #include "Quillmere/Platform/LoginItem.h"
 #include "Quillmere/Platform/MainQueue.h"
+#include "Quillmere/Platform/Offer.h"
 #include "Quillmere/Platform/PermissionRequest.h"
 #include "Quillmere/Platform/PlatePanel.h"
 #include "Quillmere/Platform/TrayHost.h"
@@ -13,6 +14,7 @@
 #include "QuillmereCore/UserDefaults.h"
 
 #include <memory>
+#include <vector>
 
 namespace quillmere {
 
@@ -31,6 +33,7 @@ struct Platform {
     std::unique_ptr<Bundle> bundle;
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<PermissionRequest> permissionRequest;
+    std::vector<std::unique_ptr<Offer>> offers;  ///< in the order of the settings
 };
 
 /// The running system's own. Needs the application object; main thread.

@@ -2,12 +2,14 @@
 
 namespace quillmere {
 
-AppSettings::AppSettings(UpdateStore& updateStore, bool updatesEnabled, LoginItem& loginItem, Workspace& workspace)
+AppSettings::AppSettings(UpdateStore& updateStore, bool updatesEnabled, LoginItem& loginItem, Workspace& workspace,
+                         const std::vector<std::unique_ptr<Offer>>& offers)
     : automaticUpdates_(updateStore.automatic()),
       updateStore_(updateStore),
       updatesEnabled_(updatesEnabled),
       loginItem_(loginItem),
-      workspace_(workspace) {
+      workspace_(workspace),
+      offers_(offers) {
     refresh();
 }
 

@@ -1,12 +1,15 @@
 #pragma once
 
 #include "Quillmere/Platform/LoginItem.h"
+#include "Quillmere/Platform/Offer.h"
 #include "Quillmere/Platform/Workspace.h"
 #include "QuillmereCore/UpdateStore.h"
 
 #include <QObject>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 namespace quillmere {
 
@@ -19,7 +22,8 @@ class AppSettings : public QObject {
 public:
     /// Reads the state outside at once (`refresh`). The references must outlive
     /// this. `updatesEnabled`: the program knows where to ask for updates.
-    AppSettings(UpdateStore& updateStore, bool updatesEnabled, LoginItem& loginItem, Workspace& workspace);
+    AppSettings(UpdateStore& updateStore, bool updatesEnabled, LoginItem& loginItem, Workspace& workspace,
+                const std::vector<std::unique_ptr<Offer>>& offers);
 
     SettingsTab tab() const { return tab_; }
     void setTab(SettingsTab tab);
@@ -34,6 +38,11 @@ public:
     /// where `canLaunchAtLogin` is false.
     void setLaunchAtLogin(bool on);
     bool canLaunchAtLogin() const { return loginItem_.isAvailable(); }
+    /// What it would take, where `canLaunchAtLogin` is false.
+    QString loginRequirement() const { return loginItem_.requirement(); }
+
+    /// What the system has to offer, open or not.
+    const std::vector<std::unique_ptr<Offer>>& offers() const { return offers_; }
 
     bool updatesEnabled() const { return updatesEnabled_; }
     /// Runs a check for updates on the user's behalf; does nothing until set.
@@ -56,6 +65,7 @@ private:
     bool updatesEnabled_;
     LoginItem& loginItem_;
     Workspace& workspace_;
+    const std::vector<std::unique_ptr<Offer>>& offers_;
 };
 
 }  // namespace quillmere

@@ -5,6 +5,7 @@
 #include "Quillmere/Controls/PaletteLabel.h"
 #include "Quillmere/Controls/PaletteScrollArea.h"
 #include "Quillmere/Controls/SwitchControl.h"
+#include "Quillmere/Controls/WrappedLabel.h"
 #include "Quillmere/Settings/PlateSection.h"
 
 #include <QVBoxLayout>
@@ -21,6 +22,11 @@ GeneralTab::GeneralTab(ConfigModel& model, AppSettings& settings, bool glassAvai
     scroll->column().addWidget(makeLoginCard(), 0, Qt::AlignHCenter);
     if (settings_.updatesEnabled()) scroll->column().addWidget(makeUpdatesCard(), 0, Qt::AlignHCenter);
     scroll->column().addWidget(new PlateSection(model, glassAvailable));
+    for (const auto& offer : settings_.offers()) {
+        Card* const card = makeOfferCard(*offer);
+        scroll->column().addWidget(card);
+        showWhileOpen(*card, *offer);
+    }
 
     connect(&settings_, &AppSettings::changed, this, [this] { refresh(); });
     refresh();
@@ -37,8 +43,7 @@ Card* GeneralTab::makeLoginCard() {
     });
     if (!settings_.canLaunchAtLogin()) {
         login_->setEnabled(false);
-        column->addWidget(
-            new PaletteLabel(QStringLiteral("Needs macOS 13 or later"), TextStyle::caption, Palette::muted()));
+        column->addWidget(new PaletteLabel(settings_.loginRequirement(), TextStyle::caption, Palette::muted()));
     }
     return card;
 }
@@ -54,6 +59,23 @@ Card* GeneralTab::makeUpdatesCard() {
     connect(automatic_, &QAbstractButton::clicked, this, [this](bool on) { settings_.setAutomaticUpdates(on); });
     connect(check, &QAbstractButton::clicked, this, [this] { settings_.checkForUpdates(); });
     return card;
+}
+
+Card* GeneralTab::makeOfferCard(Offer& offer) {
+    auto* const card = new Card;
+    QVBoxLayout* const column = card->makeColumn(10);
+    column->addWidget(new WrappedLabel(offer.text(), TextStyle::caption, Palette::muted()));
+    auto* const accept = new ChipButton(offer.action());
+    column->addWidget(accept, 0, Qt::AlignLeft);
+    connect(accept, &QAbstractButton::clicked, this, [&offer] { offer.accept(); });
+    return card;
+}
+
+void GeneralTab::showWhileOpen(Card& card, const Offer& offer) {
+    const auto update = [&card, &offer] { card.setVisible(offer.isOpen()); };
+    connect(&offer, &Offer::changed, &card, update);
+    connect(&settings_, &AppSettings::changed, &card, update);
+    update();
 }
 
 void GeneralTab::refresh() {

@@ -11,7 +11,7 @@ class Card;
 class SwitchControl;
 
 /// The page with the program's own options: launch at login, updates, the
-/// plate. Main thread only.
+/// plate, and what the system offers beyond. Main thread only.
 class GeneralTab : public QWidget {
 public:
     /// Both must outlive this. `glassAvailable`: the system has a glass material.
@@ -20,6 +20,8 @@ public:
 private:
     Card* makeLoginCard();
     Card* makeUpdatesCard();
+    Card* makeOfferCard(Offer& offer);
+    void showWhileOpen(Card& card, const Offer& offer);
     void refresh();
 
     AppSettings& settings_;

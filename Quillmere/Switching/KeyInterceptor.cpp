@@ -13,10 +13,10 @@ KeyInterceptor::KeyInterceptor(EventTap& tap, InputSources sources, ConfigProvid
       onSwitch_(std::move(onSwitch)) {}
 
 bool KeyInterceptor::start() {
-    if (!installed_) {
-        installed_ = tap_.install([this](const KeyEventFields& event) { return handle(event); });
-    }
-    return installed_;
+    if (installed_ && tap_.deliversAll()) return true;
+    const bool deliversAll = tap_.install([this](const KeyEventFields& event) { return handle(event); });
+    installed_ = installed_ || deliversAll;
+    return deliversAll;
 }
 
 InterceptDecision KeyInterceptor::handle(const KeyEventFields& event) {

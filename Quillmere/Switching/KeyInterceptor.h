@@ -35,8 +35,8 @@ public:
     KeyInterceptor(EventTap& tap, InputSources sources, ConfigProvider config, RecordProvider record,
                    SwitchCallback onSwitch);
 
-    /// Installs the tap; true when it is, already or now, installed. May be
-    /// called again after a failure.
+    /// Installs the tap; true when it is, already or now, installed and delivers
+    /// all that is wanted of it. May be called again after a failure.
     bool start();
 
     /// Decides one event.

@@ -226,6 +226,51 @@ TEST_F(AppDelegateTest, ASwitchOfAGroupThatIsGoneShowsNothing) {
     EXPECT_FALSE(system.panel.isVisible());
 }
 
+TEST_F(AppDelegateTest, AGroupThatIsPutOnAnUnheardFnAsksForThePermissionAndTheOthersGoOn) {
+    store({"a", "b"});
+    system.tap.hearsFn = false;
+    launch();
+    ASSERT_EQ(delegate->permissionWindow(), nullptr);
+    Config config = delegate->model().config();
+    config.groups.push_back({makeUUID(), Shortcut::fn, {"a", "c"}});
+    delegate->model().setConfig(config);
+    ASSERT_NE(delegate->permissionWindow(), nullptr);
+    QWidget* const window = delegate->permissionWindow()->window();
+    EXPECT_EQ(window->windowTitle(), "Quillmere needs permission");
+    system.queue.advance(2);
+    EXPECT_EQ(system.tap.installCalls, 4) << "it is probed for";
+    EXPECT_EQ(press(), InterceptDecision::swallow);
+    EXPECT_EQ(system.inputSources.current, "b");
+
+    config.active = false;
+    delegate->model().setConfig(config);
+    config.active = true;
+    delegate->model().setConfig(config);
+    EXPECT_EQ(delegate->permissionWindow()->window(), window) << "which it did already";
+    system.tap.hearsFn = true;
+    system.queue.advance(1);
+    EXPECT_EQ(window->windowTitle(), "Quillmere is ready");
+    EXPECT_FALSE(delegate->isRetrying());
+}
+
+TEST_F(AppDelegateTest, EachTimeThatFnIsUnheardItIsAskedForAnew) {
+    store({"a", "b"});
+    system.tap.hearsFn = false;
+    launch();
+    const Config without = delegate->model().config();
+    Config with = without;
+    with.groups.push_back({makeUUID(), Shortcut::fn, {"a", "c"}});
+    for (int time = 0; time < 2; ++time) {
+        delegate->model().setConfig(with);
+        EXPECT_EQ(delegate->permissionWindow()->window()->windowTitle(), "Quillmere needs permission");
+        EXPECT_TRUE(delegate->isRetrying());
+        delegate->model().setConfig(without);
+        system.queue.advance(1);
+        EXPECT_EQ(delegate->permissionWindow()->window()->windowTitle(), "Quillmere is ready");
+        EXPECT_FALSE(delegate->isRetrying());
+    }
+}
+
 TEST_F(AppDelegateTest, TurningOffAndOnRestoresTheConfigurationAndStoresBoth) {
     store({"a", "b"});
     launch();

@@ -12,11 +12,12 @@ constexpr const char* automaticKey = "updateAutomatic";
 
 class AppSettingsTest : public testing::Test {
 protected:
-    AppSettings make(bool updatesEnabled = true) { return {updateStore, updatesEnabled, loginItem, workspace}; }
+    AppSettings make(bool updatesEnabled = true) { return {updateStore, updatesEnabled, loginItem, workspace, offers}; }
 
     MemoryDefaults defaults;
     UpdateStore updateStore{defaults};
     FakeLoginItem loginItem;
+    std::vector<std::unique_ptr<Offer>> offers;
     FakeWorkspace workspace;
 };
 

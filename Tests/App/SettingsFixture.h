@@ -45,7 +45,7 @@ protected:
         settings.reset();
         defaults.setData("config", encodeConfig({.active = true, .groups = std::move(groups), .plate = plate}));
         model = std::make_unique<ConfigModel>(defaults, InputSources(service));
-        settings = std::make_unique<AppSettings>(updateStore, updatesEnabled, loginItem, workspace);
+        settings = std::make_unique<AppSettings>(updateStore, updatesEnabled, loginItem, workspace, offers);
         window = std::make_unique<SettingsWindow>(*model, *settings, InputSources(service), workspace, glassAvailable);
         window->windowWillClose = [this] { ++closings; };
         window->open();
@@ -97,6 +97,7 @@ protected:
     FakeInputSourceService service;
     FakeWorkspace workspace;
     FakeLoginItem loginItem;
+    std::vector<std::unique_ptr<Offer>> offers;
     UpdateStore updateStore{defaults};
     bool updatesEnabled = true;
     bool glassAvailable = false;

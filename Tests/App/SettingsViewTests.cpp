@@ -1,5 +1,6 @@
 #include "Quillmere/Controls/ChipButtonStyle.h"
 #include "Tests/App/SettingsFixture.h"
+#include "Tests/Support/FakeOffer.h"
 
 #include <QImage>
 
@@ -107,7 +108,7 @@ TEST_F(SettingsViewTest, WithoutALoginServiceTheToggleIsDisabledOffAndExplained)
     openGeneral();
     EXPECT_FALSE(button("Launch at login").isEnabled());
     EXPECT_FALSE(button("Launch at login").isChecked());
-    QLabel& note = label(view(), "Needs macOS 13 or later");
+    QLabel& note = label(view(), "Needs a newer system");
     EXPECT_EQ(gap(frame(button("Launch at login")), frame(note)), 6);
     EXPECT_EQ(note.font().pixelSize(), 11);
     EXPECT_TRUE(isSame(ink(note), Palette::muted().light));
@@ -117,7 +118,7 @@ TEST_F(SettingsViewTest, WithALoginServiceThereIsNoNote) {
     openGeneral();
     EXPECT_EQ(button("Launch at login").text(), "Launch at login");
     EXPECT_TRUE(button("Launch at login").isEnabled());
-    EXPECT_FALSE(texts(view()).contains("Needs macOS 13 or later"));
+    EXPECT_FALSE(texts(view()).contains("Needs a newer system"));
 }
 
 TEST_F(SettingsViewTest, ARefusedLoginItemSnapsTheToggleBackWithABeep) {
@@ -167,6 +168,26 @@ TEST_F(SettingsViewTest, TheCardsOfTheGeneralTabHugTheirContentInTheMiddle) {
     const QRect updates = cardAround(label(view(), "Updates"));
     EXPECT_EQ(updates.width(), button("Check for updates automatically").width() + 28);
     EXPECT_LE(std::abs(updates.center().x() - view().width() / 2), 1);
+}
+
+TEST_F(SettingsViewTest, WhatTheSystemOffersIsAMutedLineWithAButtonAsLongAsItIsOpen) {
+    auto owned = std::make_unique<FakeOffer>();
+    FakeOffer& offer = *owned;
+    offers.push_back(std::move(owned));
+    openGeneral();
+    QLabel& line = label(view(), offer.text());
+    EXPECT_EQ(line.font().pixelSize(), 11);
+    EXPECT_TRUE(isSame(ink(line), Palette::muted().light));
+    EXPECT_EQ(gap(frame(line), frame(button(offer.action()))), 10);
+    click(button(offer.action()));
+    EXPECT_EQ(offer.accepted, 1);
+    offer.setOpen(false);
+    settle();
+    EXPECT_FALSE(texts(view()).contains(offer.text()));
+    EXPECT_FALSE(isShown(offer.action()));
+    offer.open = true;
+    openGeneral();
+    EXPECT_TRUE(isShown(offer.action())) << "each opening looks anew";
 }
 
 TEST_F(SettingsViewTest, AutomaticUpdatesAreStoredAtOnce) {

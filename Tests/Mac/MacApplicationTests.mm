@@ -91,7 +91,10 @@ TEST_F(MacApplicationTest, AWindowComesToTheFrontWithTheProgramBeforeAllOthers) 
 
 TEST_F(MacApplicationTest, ThePermissionIsGrantedInTheSystemsSettings) {
     FakeWorkspace workspace;
-    SettingsPermissionRequest(workspace).open();
+    SettingsPermissionRequest request(workspace);
+    EXPECT_EQ(request.directions(),
+              "Open System Settings, go to Privacy & Security › Accessibility and switch Quillmere on.");
+    request.open();
     ASSERT_EQ(workspace.opened.size(), 1U);
     EXPECT_EQ(workspace.opened[0].toString(),
               "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility");

@@ -15,6 +15,7 @@ public:
     std::vector<bool> requested;  ///< the arguments of every `setEnabled`
 
     bool isAvailable() const override { return available; }
+    QString requirement() const override { return QStringLiteral("Needs a newer system"); }
     bool isEnabled() const override { return enabled; }
     bool setEnabled(bool wanted) override {
         requested.push_back(wanted);

@@ -97,6 +97,7 @@ Platform makePlatform() {
         .bundle = std::make_unique<InfoBundle>(),
         .workspace = std::move(workspace),
         .permissionRequest = std::move(permissionRequest),
+        .offers = {},
     };
 }
 

@@ -30,6 +30,7 @@ Platform makePlatform() {
         .bundle = std::make_unique<InfoDictionary>(),
         .workspace = std::move(workspace),
         .permissionRequest = std::move(permissionRequest),
+        .offers = {},
     };
 }
 

@@ -9,6 +9,7 @@ namespace quillmere {
 class ServiceLoginItem final : public LoginItem {
 public:
     bool isAvailable() const override;
+    QString requirement() const override;
     bool isEnabled() const override;
     bool setEnabled(bool enabled) override;
 };

@@ -10,6 +10,10 @@ bool ServiceLoginItem::isAvailable() const {
     return SystemVersion::isAtLeast(SystemVersion::loginItems);
 }
 
+QString ServiceLoginItem::requirement() const {
+    return QStringLiteral("Needs macOS 13 or later");
+}
+
 bool ServiceLoginItem::isEnabled() const {
     return isAvailable() && SMAppService.mainAppService.status == SMAppServiceStatusEnabled;
 }

@@ -12,6 +12,7 @@ public:
     /// `workspace` must outlive this.
     explicit SettingsPermissionRequest(Workspace& workspace) : workspace_(workspace) {}
 
+    QString directions() const override;
     void open() override;
 
 private:

@@ -87,6 +87,10 @@ bool DesktopLoginItem::startsAtLogin(const DesktopEntry& entry) const {
     return isForThisDesktop(entry) && isProgram(DesktopEntry::program(entry.value("Exec").value_or(QString())));
 }
 
+QString DesktopLoginItem::requirement() const {
+    return QStringLiteral("Needs a home folder to note it in");
+}
+
 bool DesktopLoginItem::isEnabled() const {
     // the user's entry replaces the system's, also when it cannot be read
     const QString path = QFile::exists(userFile()) ? userFile() : systemFile();

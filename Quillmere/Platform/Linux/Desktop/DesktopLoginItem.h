@@ -22,6 +22,7 @@ public:
     DesktopLoginItem(QString program, QString userFolder, QStringList systemFolders);
 
     bool isAvailable() const override { return !userFolder_.isEmpty(); }
+    QString requirement() const override;
     bool isEnabled() const override;
     /// Disabling removes the entry, unless somebody has edited it or there is
     /// one for all users: then it stays or is made, and says "Hidden". Enabling

@@ -6,6 +6,7 @@
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusPendingReply>
+#include <QDBusReply>
 #include <QDir>
 
 #include <chrono>
@@ -17,6 +18,9 @@ namespace {
 
 // Longer than the service itself lets the dialog stand.
 constexpr std::chrono::milliseconds longestDialog = std::chrono::minutes(11);
+
+// The bus itself answers at once.
+constexpr std::chrono::milliseconds longestQuestion{400};
 
 /// Whether the error leaves the user something to do: everything but a dialog
 /// that is there already, or that nobody has answered.
@@ -33,6 +37,27 @@ QUrl ServicePermissionRequest::standardDocumentation() {
     const QString page =
         QCoreApplication::applicationDirPath() + QStringLiteral("/../share/doc/Quillmere/TapService.md");
     return QUrl::fromLocalFile(QDir::cleanPath(page));
+}
+
+QString ServicePermissionRequest::directions() const {
+    const QString purpose = QStringLiteral(
+        " The service tells Quillmere of your shortcut keys, Fn among them, and of nothing else that you type.");
+    if (isInstalled())
+        return QStringLiteral("The button asks for an administrator's password, once, to allow the keyboard service.")
+               + purpose;
+    return QStringLiteral("The button opens the page that says how to install the keyboard service.") + purpose;
+}
+
+bool ServicePermissionRequest::isInstalled() const {
+    const auto lists = [this](const char* method) {
+        const QDBusMessage question = QDBusMessage::createMethodCall(
+            QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+            QStringLiteral("org.freedesktop.DBus"), QString::fromLatin1(method));
+        const QDBusReply<QStringList> names =
+            bus_.call(question, QDBus::Block, static_cast<int>(longestQuestion.count()));
+        return names.value().contains(QLatin1String(tap::KeyTapNames::service));
+    };
+    return lists("ListActivatableNames") || lists("ListNames");
 }
 
 void ServicePermissionRequest::open() {

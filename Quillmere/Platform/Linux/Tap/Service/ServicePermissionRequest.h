@@ -25,12 +25,15 @@ public:
     /// The installed page, seen from the program.
     static QUrl standardDocumentation();
 
+    /// Asks the bus whether the service is installed, and waits for that.
+    QString directions() const override;
     void open() override;
 
     /// The user has said yes.
     std::function<void()> onGranted;
 
 private:
+    bool isInstalled() const;
     void answered();
 
     Workspace& workspace_;
