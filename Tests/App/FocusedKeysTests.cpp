@@ -1,4 +1,4 @@
-#include "Quillmere/Platform/Linux/Tap/Kde/FocusedKeys.h"
+#include "Quillmere/Platform/Linux/Tap/Recording/FocusedKeys.h"
 
 #include <gtest/gtest.h>
 

@@ -97,6 +97,15 @@ TEST_F(KdeTest, WhereAGroupIsOnFnThePermissionIsAskedForAndTheOthersWork) {
     EXPECT_TRUE(waitForLayout(2));
 }
 
+TEST_F(KdeTest, AGroupOnFnThatIsSwitchedOnLaterAsksForThePermission) {
+    settings.set("config",
+                 configurationText({{.keyCode = 63, .modifiers = 0, .sources = {"xkb:us", "xkb:ua"}}}, false));
+    ASSERT_NO_FATAL_FAILURE(startProgram());
+    EXPECT_FALSE(asksForPermission());
+    ASSERT_TRUE(tray.click("Active"));
+    EXPECT_TRUE(waitUntil([this] { return asksForPermission(); }));
+}
+
 TEST_F(KdeTest, AShortcutIsRecordedAsItIsTypedIntoTheSettings) {
     ASSERT_NO_FATAL_FAILURE(startSwitching());
     ASSERT_NO_FATAL_FAILURE(startRecording());
@@ -106,6 +115,36 @@ TEST_F(KdeTest, AShortcutIsRecordedAsItIsTypedIntoTheSettings) {
     EXPECT_EQ(kwin.layoutInUse(), 0) << "what is recorded does not switch";
     typist.type("+ctrl +alt +k -k -alt -ctrl");
     EXPECT_TRUE(waitForLayout(1));
+}
+
+TEST_F(KdeTest, AShortcutThatTheDesktopHasCanBeRecordedAndIsItsOwnAgainAfterwards) {
+    const QStringList theirs{"terminal", "open", "Terminal", "Open"};
+    callShortcuts("doRegister", {theirs});
+    callShortcuts("setShortcut", {theirs, QVariant::fromValue(QList<int>{controlAltK}), 6U});
+    ASSERT_EQ(ownerOf(controlAltK), "terminal");
+    ASSERT_NO_FATAL_FAILURE(startSwitching());
+    ASSERT_NO_FATAL_FAILURE(startRecording());
+    ASSERT_TRUE(waitUntil([this] {
+        typist.type("+ctrl +alt +k -k -alt -ctrl");
+        return waitUntil([this] { return storedKeyCode() == 40; }, 1s);
+    }));
+    EXPECT_EQ(ownerOf(controlAltK), "terminal") << "nothing is stolen";
+    Witness witness(kwin.xDisplay(), Witness::Size::normal);
+    typist.type("+a -a");
+    EXPECT_TRUE(waitUntil([&] { return witness.presses(keys::a) == 1; })) << "the keyboard is everybody's again";
+}
+
+TEST_F(KdeTest, ARecordingThatIsGivenUpGivesTheKeyboardBack) {
+    ASSERT_NO_FATAL_FAILURE(startSwitching());
+    ASSERT_NO_FATAL_FAILURE(startRecording());
+    ASSERT_TRUE(waitForOwner(controlAltSpace, ""));
+    typist.type("+escape -escape");
+    ASSERT_TRUE(waitForOwner(controlAltSpace, "quillmere"));
+    EXPECT_EQ(storedKeyCode(), 49);
+    EXPECT_TRUE(waitUntil([this] { return hasFocus("Quillmere"); })) << "which goes back to the settings";
+    Witness witness(kwin.xDisplay(), Witness::Size::normal);
+    typist.type("+a -a");
+    EXPECT_TRUE(waitUntil([&] { return witness.presses(keys::a) == 1; }));
 }
 
 TEST_F(KdeTest, NoLetterIsLostHoweverFastItFollowsTheShortcut) {

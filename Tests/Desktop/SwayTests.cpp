@@ -68,6 +68,38 @@ TEST_F(SwayTest, WithoutTheServiceThePermissionWindowIsShown) {
     EXPECT_TRUE(showsIcon(*sway, "Quillmere needs permission"));
 }
 
+class SwayRecorderTest : public SwayTest {
+protected:
+    // Swallowed by the compositor, unless it lets a recorder have it.
+    SwayRecorderTest()
+        : SwayTest({.hasXwayland = true, .configuration = "bindcode Ctrl+Mod1+45 exec touch $HOME/caught"}) {}
+
+    bool hasCaught() const { return std::filesystem::exists(folder.path() / "sway" / "caught"); }
+    void pressK() { typist.chord(std::array{keys::leftControl, keys::leftAlt}, keys::k); }
+
+    Typist typist{server.display()};
+};
+
+TEST_F(SwayRecorderTest, WithoutTheServiceEvenAShortcutOfTheDesktopIsRecorded) {
+    store({{.sources = {"xkb:us", "xkb:ua"}}});
+    ASSERT_NO_FATAL_FAILURE(startProgram());
+    ASSERT_TRUE(tray.click("Settings…"));
+    ASSERT_TRUE(waitUntil([this] { return sway->focusedTitle() == "Quillmere"; }));
+    ASSERT_TRUE(waitForPicture("before-recording"));
+    for (int i = 0; i < tabsToTheRecorder; ++i)
+        typist.tap(keys::tab);
+    typist.tap(keys::space);
+    ASSERT_TRUE(waitUntil([this] { return sway->focusedTitle().empty(); })) << "the recorder has the keyboard";
+    pressK();
+    EXPECT_TRUE(waitUntil([this] { return storedKeyCode() == 40; }));
+    EXPECT_FALSE(hasCaught());
+    EXPECT_TRUE(waitUntil([this] { return sway->focusedTitle() == "Quillmere"; }));
+    EXPECT_TRUE(waitUntil([this] {
+        pressK();
+        return waitUntil([this] { return hasCaught(); }, std::chrono::seconds(1));
+    })) << "afterwards it is the desktop's again";
+}
+
 TEST_F(SwayTest, WhatTheProgramStartsChoosesItsOwnDisplay) {
     const std::filesystem::path started = folder.path() / "started";
     const std::filesystem::path tools = folder.makeFolder("tools");

@@ -313,11 +313,14 @@ protected:
     void make(std::chrono::milliseconds firstWait = support::patience) {
         auto second = std::make_unique<FakeEventTap>();
         displayServers = second.get();
-        choice.emplace(std::make_unique<ServiceEventTap>(client, firstWait), std::move(second));
+        auto first = std::make_unique<ServiceEventTap>(client, firstWait);
+        service = first.get();
+        choice.emplace(std::move(first), std::move(second));
         choice->setInterest(controlSpace);
     }
     bool installChoice() { return choice->install(listener.callback(*choice)); }
 
+    ServiceEventTap* service = nullptr;
     FakeEventTap* displayServers = nullptr;
     std::optional<FallbackEventTap> choice;
 };
@@ -330,7 +333,7 @@ TEST_F(FallbackTapTest, TheServiceComesFirst) {
     EXPECT_TRUE(becomesGrabbed());
 }
 
-TEST_F(FallbackTapTest, WithoutTheServicesConsentTheDisplayServersTapIsTaken) {
+TEST_F(FallbackTapTest, WithoutTheServicesConsentTheDesktopsTapIsTakenUntilItComes) {
     make();
     EXPECT_TRUE(installChoice());
     EXPECT_EQ(displayServers->interest, controlSpace);
@@ -338,11 +341,39 @@ TEST_F(FallbackTapTest, WithoutTheServicesConsentTheDisplayServersTapIsTaken) {
     EXPECT_TRUE(displayServers->interest.everyKey);
     choice->enable();
     EXPECT_EQ(displayServers->enableCalls, 1);
+    choice->setInterest(controlSpace);
     host->grant();
-    // What the service may still be giving is not taken. Only a main loop, which
-    // does not run here, would delete by itself what asked for it.
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(waitUntil([this] { return host->tapCount() == 0 && !host->isBusy(); }));
+    service->request();
+    EXPECT_TRUE(becomesGrabbed());
+    EXPECT_EQ(displayServers->interest, KeyInterest{}) << "with both, each press would switch twice";
+    host->type("+ctrl +space");
+    EXPECT_TRUE(isTold(KeyEventType::keyDown));
+}
+
+TEST_F(FallbackTapTest, WhatTheDesktopsTapDoesNotHearIsMissingOnlyWhileItIsTheTap) {
+    make();
+    displayServers->hearsFn = false;
+    ASSERT_TRUE(installChoice());
+    EXPECT_TRUE(choice->deliversAll());
+    choice->setInterest({.shortcuts = {Shortcut::fn}});
+    EXPECT_FALSE(choice->deliversAll());
+    EXPECT_FALSE(installChoice());
+    host->grant();
+    EXPECT_TRUE(waitUntil([this] { return installChoice(); }));
+    EXPECT_TRUE(choice->deliversAll());
+}
+
+TEST_F(FallbackTapTest, ItTellsWhichIsTheTap) {
+    make();
+    int changes = 0;
+    QObject::connect(&*choice, &FallbackEventTap::tapChanged, [&changes] { ++changes; });
+    ASSERT_TRUE(installChoice());
+    EXPECT_FALSE(choice->usesService());
+    EXPECT_EQ(changes, 1);
+    host->grant();
+    service->request();
+    EXPECT_TRUE(waitUntil([&] { return choice->usesService(); }));
+    EXPECT_EQ(changes, 2);
 }
 
 TEST_F(FallbackTapTest, WithNeitherThereIsNoTapUntilThePermissionComes) {
@@ -382,6 +413,19 @@ TEST_F(FallbackTapTest, ATapThatTheServiceTakesAwayIsReplaced) {
     EXPECT_EQ(displayServers->interest, controlSpace);
 }
 
+TEST_F(FallbackTapTest, ATapThatTheServiceGivesBackIsTheOnlyOneAgain) {
+    host->grant();
+    make();
+    ASSERT_TRUE(installChoice());
+    host->revoke();
+    ASSERT_TRUE(waitUntil([this] { return displayServers->interest == controlSpace; }));
+    host->grant();
+    EXPECT_TRUE(becomesGrabbed());
+    EXPECT_EQ(displayServers->interest, KeyInterest{});
+    host->type("+ctrl +space");
+    EXPECT_TRUE(isTold(KeyEventType::keyDown));
+}
+
 TEST_F(FallbackTapTest, AServiceThatNeedsLongToStartTakesOverWhenItIsThere) {
     host->grant();
     auto starting = host->stall();
@@ -418,6 +462,14 @@ protected:
     QUrl page = QUrl::fromLocalFile("/page");
     ServicePermissionRequest request{workspace, page, client};
 };
+
+TEST_F(PermissionRequestTest, TheDirectionsSayWhatTheButtonWillAskForAndWhatFor) {
+    EXPECT_TRUE(request.directions().contains("administrator's password"));
+    EXPECT_TRUE(request.directions().contains("your shortcut keys, Fn among them"));
+    host.reset();
+    EXPECT_TRUE(request.directions().contains("how to install the keyboard service"));
+    EXPECT_FALSE(request.directions().contains("password"));
+}
 
 TEST_F(PermissionRequestTest, TheServiceAsksTheUserAndAYesIsTold) {
     int grants = 0;

@@ -13,6 +13,7 @@
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
+#include "Quillmere/Platform/Linux/Tap/ServiceOffer.h"
 #include "Quillmere/Platform/Linux/Tap/X11/X11EventTap.h"
 #include "Quillmere/Platform/Linux/Tap/X11FirstEventTap.h"
 #include "Quillmere/Platform/Platform.h"
@@ -57,8 +58,9 @@ std::unique_ptr<EventTap> makeDesktopTap(InputSourceService& sources) {
 }
 
 /// The service's where it gives one, else the desktop's own.
-std::unique_ptr<EventTap> makeWaylandTap(std::unique_ptr<ServiceEventTap> service,
-                                         ServicePermissionRequest& permissionRequest, InputSourceService& sources) {
+std::unique_ptr<FallbackEventTap> makeWaylandTap(std::unique_ptr<ServiceEventTap> service,
+                                                 ServicePermissionRequest& permissionRequest,
+                                                 InputSourceService& sources) {
     // Or the next probe would only ask, and the one after that find the answer.
     permissionRequest.onGranted = [tap = QPointer(service.get())] {
         if (tap) tap->request();
@@ -82,7 +84,15 @@ Platform makePlatform() {
     // First, since it may have to be started meanwhile.
     auto service = isX11 ? nullptr : makeServiceTap(serviceWait);
     auto inputSources = makeLinuxInputSources();
-    auto eventTap = isX11 ? makeX11Tap() : makeWaylandTap(std::move(service), *permissionRequest, *inputSources);
+    std::unique_ptr<EventTap> eventTap;
+    std::vector<std::unique_ptr<Offer>> offers;
+    if (isX11) {
+        eventTap = makeX11Tap();
+    } else {
+        auto tap = makeWaylandTap(std::move(service), *permissionRequest, *inputSources);
+        offers.push_back(std::make_unique<ServiceOffer>(*tap, *permissionRequest));
+        eventTap = std::move(tap);
+    }
     auto appearance = std::make_unique<PortalAppearance>();
     auto platePanel = makePlatePanel(session, *appearance);
     return {
@@ -97,7 +107,7 @@ Platform makePlatform() {
         .bundle = std::make_unique<InfoBundle>(),
         .workspace = std::move(workspace),
         .permissionRequest = std::move(permissionRequest),
-        .offers = {},
+        .offers = std::move(offers),
     };
 }
 

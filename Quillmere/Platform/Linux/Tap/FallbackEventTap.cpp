@@ -5,57 +5,51 @@
 
 namespace quillmere {
 
-FallbackEventTap::FallbackEventTap(std::unique_ptr<ServiceEventTap> service, std::unique_ptr<EventTap> displayServer)
-    : service_(std::move(service)), displayServer_(std::move(displayServer)) {
-    connect(service_.get(), &ServiceEventTap::lost, this, [this] { installDisplayServers(); });
+FallbackEventTap::FallbackEventTap(std::unique_ptr<ServiceEventTap> service, std::unique_ptr<EventTap> desktop)
+    : service_(std::move(service)), desktop_(std::move(desktop)) {
+    connect(service_.get(), &ServiceEventTap::lost, this, [this] { installDesktops(); });
     connect(service_.get(), &ServiceEventTap::opened, this, [this] { takeOver(); });
-    displayServer_->onSwitched = [this](const Shortcut& shortcut, const std::string& sourceID) {
+    desktop_->onSwitched = [this](const Shortcut& shortcut, const std::string& sourceID) {
         onSwitched(shortcut, sourceID);
     };
 }
 
 bool FallbackEventTap::install(Callback callback) {
     callback_ = std::move(callback);
-    if (service_->install(callback_)) {
-        // The other one may have told of what it can hear, waiting for this.
-        if (std::exchange(servesPartly_, false)) displayServer_->setInterest({});
-        inUse_ = service_.get();
-        return true;
-    }
-    return installDisplayServers();
-}
-
-bool FallbackEventTap::installDisplayServers() {
-    displayServer_->setInterest(service_->interest());
-    if (isDisplayServersInstalled_) {
-        // The callback may have been told that it is disabled when the other
-        // was in use already.
-        displayServer_->enable();
-    } else if (!displayServer_->install(callback_)) {
-        servesPartly_ = true;
-        return false;
-    }
-    servesPartly_ = false;
-    isDisplayServersInstalled_ = true;
-    inUse_ = displayServer_.get();
-    // Not both: each press would switch twice. Not at once: its signal may be
-    // what has called.
-    if (!service_->isStarting()) giveUpService();
+    if (!service_->install(callback_)) return installDesktops();
+    use(*service_);
     return true;
 }
 
-void FallbackEventTap::giveUpService() {
-    service_->disconnect(this);
-    service_.release()->deleteLater();
+bool FallbackEventTap::installDesktops() {
+    use(*desktop_);
+    if (isDesktopsInstalled_ && desktop_->deliversAll()) {
+        // The callback may have been told that it is disabled when the service's
+        // was in use already.
+        desktop_->enable();
+        return true;
+    }
+    const bool deliversAll = desktop_->install(callback_);
+    isDesktopsInstalled_ = isDesktopsInstalled_ || deliversAll;
+    return deliversAll;
 }
 
 /// Where nothing is in use yet, the next `install` will ask.
 void FallbackEventTap::takeOver() {
-    if (inUse_ != displayServer_.get()) return;
-    // Without an interest it holds no key, and is there should the service go.
-    displayServer_->setInterest({});
-    inUse_ = service_.get();
+    if (inUse_ != desktop_.get()) return;
+    use(*service_);
     service_->install(callback_);
+}
+
+/// The other one has no interest then, holds no key, and is there should this
+/// one go: with both, each press would switch twice.
+void FallbackEventTap::use(EventTap& tap) {
+    const bool isOther = std::exchange(inUse_, &tap) != &tap;
+    EventTap& other = usesService() ? *desktop_ : static_cast<EventTap&>(*service_);
+    other.setInterest({});
+    tap.setInterest(interest_);
+    record();
+    if (isOther) emit tapChanged();
 }
 
 void FallbackEventTap::enable() {
@@ -63,8 +57,24 @@ void FallbackEventTap::enable() {
 }
 
 void FallbackEventTap::setInterest(const KeyInterest& interest) {
-    if (service_) service_->setInterest(interest);
-    if (servesPartly_ || inUse_ == displayServer_.get()) displayServer_->setInterest(interest);
+    interest_ = interest;
+    EventTap& tap = inUse_ == nullptr ? static_cast<EventTap&>(*service_) : *inUse_;
+    tap.setInterest(interest);
+    record();
+}
+
+bool FallbackEventTap::deliversAll() const {
+    return inUse_ != desktop_.get() || desktop_->deliversAll();
+}
+
+void FallbackEventTap::record() {
+    const bool isWanted = interest_.everyKey && inUse_ == desktop_.get();
+    if (isWanted == (recordedKeys_ != nullptr)) return;
+    if (isWanted)
+        recordedKeys_ = std::make_unique<RecordedKeys>(callback_);
+    else
+        // It may be what has called.
+        recordedKeys_.release()->deleteLater();
 }
 
 }  // namespace quillmere

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Quillmere/Platform/EventTap.h"
+#include "Quillmere/Platform/Linux/Tap/Recording/RecordedKeys.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 
 #include <QObject>
@@ -12,29 +13,42 @@ namespace quillmere {
 
 /// The key-tap service where it gives a tap, else the desktop's own tap: the
 /// service sees more (an Fn key, for one) and works everywhere, but is not
-/// everywhere installed. A service that needs longer to start than the program
-/// takes over when it is there; and while the desktop's tap does not hear all
-/// that is wanted, the service is asked again with each `install`.
+/// everywhere installed. The service takes over whenever it comes, and the
+/// desktop's tap when it goes. While the desktop's does not hear all that is
+/// wanted, the service is asked again with each `install`.
 class FallbackEventTap final : public QObject, public EventTap {
+    Q_OBJECT
 public:
-    FallbackEventTap(std::unique_ptr<ServiceEventTap> service, std::unique_ptr<EventTap> displayServer);
+    /// `desktop` need not tell every key: what there is to record without the
+    /// service is found here.
+    FallbackEventTap(std::unique_ptr<ServiceEventTap> service, std::unique_ptr<EventTap> desktop);
 
     bool install(Callback callback) override;
     void enable() override;
     void setInterest(const KeyInterest& interest) override;
-    void arm(const std::vector<ArmedShortcut>& shortcuts) override { displayServer_->arm(shortcuts); }
+    void arm(const std::vector<ArmedShortcut>& shortcuts) override { desktop_->arm(shortcuts); }
+    bool deliversAll() const override;
+
+    /// Whether the service is the tap at this moment.
+    bool usesService() const { return inUse_ == service_.get(); }
+
+signals:
+    /// `usesService` has changed.
+    void tapChanged();
 
 private:
-    bool installDisplayServers();
-    void giveUpService();
+    void use(EventTap& tap);
+    bool installDesktops();
     void takeOver();
+    void record();
 
-    std::unique_ptr<ServiceEventTap> service_;  ///< null once the display server's tap is taken for good
-    std::unique_ptr<EventTap> displayServer_;
+    std::unique_ptr<ServiceEventTap> service_;
+    std::unique_ptr<EventTap> desktop_;
     Callback callback_;
-    bool isDisplayServersInstalled_ = false;
-    bool servesPartly_ = false;  ///< the desktop's tap delivers what it can, and the service is waited for
-    EventTap* inUse_ = nullptr;
+    KeyInterest interest_;
+    bool isDesktopsInstalled_ = false;
+    EventTap* inUse_ = nullptr;  ///< as far as it goes; null before the first `install`
+    std::unique_ptr<RecordedKeys> recordedKeys_;
 };
 
 }  // namespace quillmere

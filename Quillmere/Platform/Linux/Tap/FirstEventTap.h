@@ -18,6 +18,7 @@ public:
     bool install(Callback callback) override;
     void enable() override;
     void setInterest(const KeyInterest& interest) override;
+    bool deliversAll() const override { return inUse_ == nullptr || inUse_->deliversAll(); }
     void arm(const std::vector<ArmedShortcut>& shortcuts) override;
 
 private:

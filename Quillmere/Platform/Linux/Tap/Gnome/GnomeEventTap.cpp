@@ -37,6 +37,10 @@ bool GnomeEventTap::install(Callback /*callback*/) {
         listen();
         tell();
     }
+    return deliversAll();
+}
+
+bool GnomeEventTap::deliversAll() const {
     return std::ranges::none_of(interest_.shortcuts, &Shortcut::isFnAlone);
 }
 

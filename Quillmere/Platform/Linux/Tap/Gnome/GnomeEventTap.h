@@ -34,6 +34,8 @@ public:
     /// It is never disabled.
     void enable() override {}
     void setInterest(const KeyInterest& interest) override;
+    /// False while a lone tap of Fn is wanted, which nobody hears here.
+    bool deliversAll() const override;
     void arm(const std::vector<ArmedShortcut>& shortcuts) override;
 
 private slots:

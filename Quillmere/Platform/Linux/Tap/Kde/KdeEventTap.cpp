@@ -56,6 +56,10 @@ bool KdeEventTap::install(Callback callback) {
                          SLOT(nameAnew()));
         tell();
     }
+    return deliversAll();
+}
+
+bool KdeEventTap::deliversAll() const {
     return std::ranges::none_of(interest_.shortcuts, &Shortcut::isFnAlone);
 }
 
@@ -72,10 +76,9 @@ void KdeEventTap::nameAnew() {
 /// Tells the desktop which shortcuts are wanted.
 void KdeEventTap::tell() {
     if (!shortcuts_) return;
-    record();
     KdeGlobalShortcuts::WantedByName wanted;
     byName_.clear();
-    // While one is recorded the present ones must get to the window, too.
+    // While one is recorded the present ones must get to the recorder, too.
     if (!interest_.everyKey && !interest_.shortcuts.empty()) {
         std::vector<std::string> layouts;
         for (const InputSourceRecord& record : sources_.sources())
@@ -91,15 +94,6 @@ void KdeEventTap::tell() {
         }
     }
     shortcuts_->set(wanted);
-}
-
-void KdeEventTap::record() {
-    if (interest_.everyKey == (focusedKeys_ != nullptr)) return;
-    if (interest_.everyKey)
-        focusedKeys_ = std::make_unique<FocusedKeys>(callback_);
-    else
-        // It may be what has called.
-        focusedKeys_.release()->deleteLater();
 }
 
 void KdeEventTap::notePressed(const QString& name) {

@@ -3,7 +3,6 @@
 #include "Quillmere/Platform/EventTap.h"
 #include "Quillmere/Platform/InputSourceService.h"
 #include "Quillmere/Platform/Linux/Sources/BusService.h"
-#include "Quillmere/Platform/Linux/Tap/Kde/FocusedKeys.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeGlobalShortcuts.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeKeyNames.h"
 
@@ -23,8 +22,7 @@ namespace quillmere {
 /// tell of them. No permission is needed and ordinary typing does not come here
 /// at all. What it cannot do: a key that is typed within some milliseconds after
 /// the shortcut is in the old layout, since nobody holds it back; a lone tap of
-/// Fn is no shortcut to it; and keys can be recorded only as far as they reach
-/// this program's own windows.
+/// Fn is no shortcut to it; and it tells of no key to record.
 class KdeEventTap final : public QObject, public EventTap {
     Q_OBJECT
 public:
@@ -32,12 +30,14 @@ public:
     KdeEventTap(const QDBusConnection& bus, InputSourceService& sources);
     ~KdeEventTap() override;
 
-    /// False also while a lone tap of Fn is wanted, which nobody hears here: the
-    /// permission for what does is missing. The other shortcuts work meanwhile.
+    /// The same as `deliversAll`, where the desktop is KDE.
     bool install(Callback callback) override;
     /// It is never disabled.
     void enable() override {}
     void setInterest(const KeyInterest& interest) override;
+    /// False while a lone tap of Fn is wanted, which nobody hears here: the
+    /// permission for what does is missing. The other shortcuts work meanwhile.
+    bool deliversAll() const override;
 
 private slots:
     /// The layout in use, or the list, is another one.
@@ -45,7 +45,6 @@ private slots:
 
 private:
     void tell();
-    void record();
     void notePressed(const QString& name);
     void noteReleased(const QString& name);
 
@@ -58,8 +57,7 @@ private:
     std::map<QString, Shortcut> byName_;
     std::set<QString> held_;
     std::optional<KdeKeyNames> keyNames_;
-    std::vector<std::string> namedFor_;         ///< the layouts of the names
-    std::unique_ptr<FocusedKeys> focusedKeys_;  ///< while a shortcut is recorded
+    std::vector<std::string> namedFor_;  ///< the layouts of the names
 };
 
 }  // namespace quillmere

@@ -112,7 +112,7 @@ void ServiceEventTap::open(int descriptor) {
     if (!socket_) return;
     openFor_.start();
     connect(&socket_->notifier(), &QSocketNotifier::activated, this, [this] { receive(); });
-    if (isInstalled_) return sendInterest();
+    if (isInstalled_) sendInterest();
     emit opened();
 }
 

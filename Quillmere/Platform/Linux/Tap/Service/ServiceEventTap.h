@@ -47,7 +47,7 @@ public:
     bool isStarting() const { return question_ != nullptr && !hasSpoken_; }
 
 signals:
-    /// There is a tap to be had: the next `install` returns true.
+    /// There is a tap to be had, or again: the next `install` returns true.
     void opened();
     /// An installed tap has gone, and the service gives no other for now.
     void lost();

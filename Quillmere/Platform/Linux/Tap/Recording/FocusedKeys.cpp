@@ -1,6 +1,6 @@
-#include "Quillmere/Platform/Linux/Tap/Kde/FocusedKeys.h"
+#include "Quillmere/Platform/Linux/Tap/Recording/FocusedKeys.h"
 
-#include "Quillmere/Platform/Linux/Tap/KeyCodes.h"
+#include "Quillmere/Platform/Linux/Tap/Recording/TypedKey.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -20,17 +20,13 @@ std::uint64_t flagWord(Qt::KeyboardModifiers modifiers) {
     return word;
 }
 
-/// Absent for a modifier key, and for one that has no number.
 std::optional<KeyEventFields> fieldsOf(const QKeyEvent& event) {
     const unsigned int native = event.nativeScanCode();
     if (native < KeyCodes::x11Offset) return std::nullopt;
-    const KeyCodes::EvdevCode code = native - KeyCodes::x11Offset;
-    const auto key = KeyCodes::virtualKey(code);
-    if (!key || KeyCodes::isModifier(code) || KeyCodes::isFn(code)) return std::nullopt;
-    return KeyEventFields{.type = event.type() == QEvent::KeyRelease ? KeyEventType::keyUp : KeyEventType::keyDown,
-                          .keyCode = *key,
-                          .autorepeat = event.isAutoRepeat() ? 1 : 0,
-                          .flags = flagWord(event.modifiers())};
+    auto fields =
+        typedKey(native - KeyCodes::x11Offset, event.type() != QEvent::KeyRelease, flagWord(event.modifiers()));
+    if (fields) fields->autorepeat = event.isAutoRepeat() ? 1 : 0;
+    return fields;
 }
 
 }  // namespace
