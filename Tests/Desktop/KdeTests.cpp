@@ -88,6 +88,27 @@ TEST_F(KdeTest, AShortcutOfTheUsersOwnStaysTheirs) {
     EXPECT_TRUE(waitForLayout(1)) << "by the second one alone";
 }
 
+TEST_F(KdeTest, TheDoctorKnowsWhoseAShortcutIs) {
+    const QStringList theirs{"terminal", "open", "Terminal", "Open"};
+    callShortcuts("doRegister", {theirs});
+    callShortcuts("setShortcut", {theirs, QVariant::fromValue(QList<int>{controlAltK}), 6U});
+    store({{.sources = {"xkb:us", "xkb:ua"}},
+           {.keyCode = 40, .sources = {"xkb:us", "xkb:de"}},
+           {.keyCode = 38, .sources = {"xkb:us"}}});
+    ASSERT_NO_FATAL_FAILURE(startProgram());
+    ASSERT_TRUE(waitForOwner(controlAltSpace, "quillmere"));
+    ChildProcess doctor({.arguments = {DesktopTest::programPath().parent_path() / "quillmere-doctor"},
+                         .environment = environment,
+                         .output = folder.path() / "page",
+                         .inheritedDescriptors = {},
+                         .prepare = {}});
+    ASSERT_EQ(doctor.waitForExit(60s), 0);
+    const std::string page = doctor.output();
+    for (const char* text : {"KWin 5.", "KDE's global shortcuts, without Fn", "⌃⌥Space: Quillmere\n", "⌃⌥K: Terminal\n",
+                             "⌃⌥J: Quillmere\n"})
+        EXPECT_NE(page.find(text), std::string::npos) << text << " is not in:\n" << page;
+}
+
 TEST_F(KdeTest, WhereAGroupIsOnFnThePermissionIsAskedForAndTheOthersWork) {
     store({{.keyCode = 63, .modifiers = 0, .sources = {"xkb:us", "xkb:ua"}}, {.sources = {"xkb:us", "xkb:de"}}});
     ASSERT_NO_FATAL_FAILURE(startProgram());

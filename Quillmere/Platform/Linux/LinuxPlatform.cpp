@@ -80,13 +80,12 @@ Platform makePlatform() {
     auto workspace = std::make_unique<QtWorkspace>();
     auto permissionRequest =
         std::make_unique<ServicePermissionRequest>(*workspace, ServicePermissionRequest::standardDocumentation());
-    const bool isX11 = session.hasX11 && !session.hasWayland;
     // First, since it may have to be started meanwhile.
-    auto service = isX11 ? nullptr : makeServiceTap(serviceWait);
+    auto service = session.isX11() ? nullptr : makeServiceTap(serviceWait);
     auto inputSources = makeLinuxInputSources();
     std::unique_ptr<EventTap> eventTap;
     std::vector<std::unique_ptr<Offer>> offers;
-    if (isX11) {
+    if (session.isX11()) {
         eventTap = makeX11Tap();
     } else {
         auto tap = makeWaylandTap(std::move(service), *permissionRequest, *inputSources);

@@ -24,6 +24,9 @@ struct LinuxSession {
     /// (XDG_CURRENT_DESKTOP); empty where the desktop gives none.
     std::vector<std::string> desktops;
 
+    /// Whether the X server is the desktop's own, which has the keyboard.
+    bool isX11() const { return hasX11 && !hasWayland; }
+
     /// This process's own. A variable that is empty counts as missing. Any
     /// thread, while no other changes the environment.
     static LinuxSession current();

@@ -50,6 +50,7 @@ void PortalAppearance::read() {
         call->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *call;
         if (number != readNumber_) return;
+        hasPortal_ = !reply.isError();
         take(reply.isError() ? QVariant() : reply.value().variant());
     });
 }
@@ -57,6 +58,7 @@ void PortalAppearance::read() {
 void PortalAppearance::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
     if (group != settingGroup || key != settingKey) return;
     ++readNumber_;
+    hasPortal_ = true;
     take(value.variant());
 }
 

@@ -5,6 +5,8 @@
 #include <QDBusVariant>
 #include <QString>
 
+#include <optional>
+
 class QDBusPendingCallWatcher;
 class QVariant;
 
@@ -21,6 +23,9 @@ public:
     bool isDark() const override { return isDark_; }
     bool hasGlass() const override { return false; }
 
+    /// Whether there is a portal that tells; absent while it has not answered.
+    std::optional<bool> hasPortal() const { return hasPortal_; }
+
 private:
     Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
     void read();
@@ -28,6 +33,7 @@ private:
     void setDark(bool isDark);
 
     bool isDark_ = false;
+    std::optional<bool> hasPortal_;
     /// A change that the portal announces overtakes an answer on its way.
     int readNumber_ = 0;
 };

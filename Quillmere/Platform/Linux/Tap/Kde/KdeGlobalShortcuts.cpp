@@ -1,10 +1,12 @@
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeGlobalShortcuts.h"
 
 #include <QDBusArgument>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QList>
 
+#include <array>
 #include <chrono>
 #include <utility>
 
@@ -42,6 +44,7 @@ constexpr unsigned int noAutoloading = 4;
 
 // Nobody waits longer for a program to end.
 constexpr std::chrono::milliseconds patienceAtTheEnd{400};
+constexpr std::chrono::milliseconds patienceOfQuestions{1000};
 
 QDBusMessage call(const QString& method, const QVariantList& arguments) {
     QDBusMessage message = QDBusMessage::createMethodCall(service, QStringLiteral("/kglobalaccel"),
@@ -70,6 +73,25 @@ KdeGlobalShortcuts::~KdeGlobalShortcuts() {
     set({});
     // Answered in the order of asking.
     bus_.call(call(QStringLiteral("allMainComponents"), {}), QDBus::Block, static_cast<int>(patienceAtTheEnd.count()));
+}
+
+bool KdeGlobalShortcuts::areThere(const QDBusConnection& bus) {
+    return bus.isConnected() && bus.interface()->isServiceRegistered(service).value();
+}
+
+std::optional<QString> KdeGlobalShortcuts::holder(const QDBusConnection& bus, int key) {
+    const QDBusMessage answer = bus.call(call(QStringLiteral("getGlobalShortcutsByKey"), {key}), QDBus::Block,
+                                         static_cast<int>(patienceOfQuestions.count()));
+    const auto list = answer.arguments().value(0).value<QDBusArgument>();
+    if (list.currentSignature() != QLatin1String("a(ssssssaiai)")) return std::nullopt;
+    // Of the shortcut and of its program, a name and a label each.
+    std::array<QString, 4> texts;
+    list.beginArray();
+    if (list.atEnd()) return QString();
+    list.beginStructure();
+    for (QString& text : texts)
+        list >> text;
+    return texts.back();
 }
 
 void KdeGlobalShortcuts::listen() {

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace quillmere {
@@ -32,6 +33,14 @@ public:
     explicit KdeGlobalShortcuts(const QDBusConnection& bus);
     /// Takes back what is set; waits for that, but not long.
     ~KdeGlobalShortcuts() override;
+
+    /// Whether the desktop offers them at this moment.
+    static bool areThere(const QDBusConnection& bus);
+
+    /// The program whose shortcut this combination is, by the name that the
+    /// desktop shows; empty when it is nobody's, absent when the desktop does not
+    /// say within a second.
+    static std::optional<QString> holder(const QDBusConnection& bus, int key);
 
     /// Replaces what is set.
     void set(const WantedByName& wanted);

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Quillmere/Platform/Finding.h"
+#include "Quillmere/Platform/InputSourceService.h"
+#include "QuillmereCore/Shortcut.h"
+
+#include <QDBusConnection>
+
+#include <vector>
+
+namespace quillmere {
+
+/// Whether another program has these shortcuts on the X server, which does not
+/// tell who. Quillmere's own grabs, of another kind, are not in the way.
+Finding x11Holders(const std::vector<Shortcut>& shortcuts);
+
+/// Who has them among KDE's global shortcuts. `sources` are the desktop's.
+Finding kdeHolders(const std::vector<Shortcut>& shortcuts, const QDBusConnection& bus, InputSourceService& sources);
+
+/// Where no desktop tells.
+Finding untoldHolders(const std::vector<Shortcut>& shortcuts);
+
+}  // namespace quillmere
