@@ -25,12 +25,17 @@ namespace {
 
 using support::StoredSettings;
 using support::TemporaryFolder;
+using Kind = ServiceAccess::Kind;
 
 // The tap
 
-constexpr LinuxSession onX11{.hasWayland = false, .hasX11 = true, .swaySocket = {}, .desktops = {}};
-constexpr LinuxSession onWayland{.hasWayland = true, .hasX11 = true, .swaySocket = {}, .desktops = {}};
-using Kind = ServiceAccess::Kind;
+LinuxSession onX11() {
+    return {.hasWayland = false, .hasX11 = true, .swaySocket = {}, .desktops = {}};
+}
+
+LinuxSession onWayland() {
+    return {.hasWayland = true, .hasX11 = true, .swaySocket = {}, .desktops = {}};
+}
 
 TEST(TapFindingsTest, SayWhichTapIsTakenAndWhatItLacks) {
     struct Case {
@@ -40,33 +45,33 @@ TEST(TapFindingsTest, SayWhichTapIsTakenAndWhatItLacks) {
         bool isWrong;
     };
     const Case cases[] = {
-        {"X11 alone", {.session = onX11, .hasX11Tap = true, .service = {Kind::missing, {}}}, "the X server's", false},
+        {"X11 alone", {.session = onX11(), .hasX11Tap = true, .service = {Kind::missing, {}}}, "the X server's", false},
         {"X11 and the service",
-         {.session = onX11, .hasX11Tap = true, .service = {Kind::given, {}}},
+         {.session = onX11(), .hasX11Tap = true, .service = {Kind::given, {}}},
          "the X server's, and Fn from the service",
          false},
         {"no answer on X11",
-         {.session = onX11, .service = {Kind::given, {}}},
+         {.session = onX11(), .service = {Kind::given, {}}},
          "none: the X server does not answer, or lacks XInput 2.2 or XKB",
          true},
         {"the service",
-         {.session = onWayland, .hasKde = true, .service = {Kind::given, {}}},
+         {.session = onWayland(), .hasKde = true, .service = {Kind::given, {}}},
          "the key-tap service's",
          false},
         {"KDE, since the service is not there",
-         {.session = onWayland, .hasKde = true, .service = {Kind::missing, {}}},
+         {.session = onWayland(), .hasKde = true, .service = {Kind::missing, {}}},
          "KDE's global shortcuts, without Fn\nthe service comes first, but: not installed",
          false},
         {"GNOME with the extension",
-         {.session = onWayland, .hasGnome = true, .service = {Kind::missing, {}}},
+         {.session = onWayland(), .hasGnome = true, .service = {Kind::missing, {}}},
          "GNOME Shell's, through Quillmere's extension, without Fn\nthe service comes first, but: not installed",
          false},
         {"nothing, since there is no access",
-         {.session = onWayland, .service = {Kind::refused, {}}},
+         {.session = onWayland(), .service = {Kind::refused, {}}},
          "none: this desktop lends none of its own\nthe service comes first, but: installed, but you have no access",
          true},
         {"nothing, since the service does not start",
-         {.session = onWayland, .service = {Kind::silent, "no device"}},
+         {.session = onWayland(), .service = {Kind::silent, "no device"}},
          "none: this desktop lends none of its own\nthe service comes first, but: does not answer: no device",
          true},
     };
@@ -85,11 +90,11 @@ TEST(TapFindingsTest, TheServiceIsMissedOnlyWhereNothingElseCatchesKeys) {
             .advice;
     };
     for (const Kind kind : {Kind::noBus, Kind::missing, Kind::silent, Kind::refused}) {
-        EXPECT_FALSE(adviceOf(onWayland, false, kind).empty());
-        EXPECT_TRUE(adviceOf(onWayland, true, kind).empty());
-        EXPECT_TRUE(adviceOf(onX11, false, kind).empty());
+        EXPECT_FALSE(adviceOf(onWayland(), false, kind).empty());
+        EXPECT_TRUE(adviceOf(onWayland(), true, kind).empty());
+        EXPECT_TRUE(adviceOf(onX11(), false, kind).empty());
     }
-    EXPECT_TRUE(adviceOf(onWayland, false, Kind::given).empty());
+    EXPECT_TRUE(adviceOf(onWayland(), false, Kind::given).empty());
 }
 
 // Fn
@@ -205,7 +210,7 @@ TEST_F(BusFindingsTest, ADesktopIsNamedWithWhatShowsItsWindows) {
     const Finding finding = desktopFinding(sway, connection);
     EXPECT_EQ(finding.state, "sway:wlroots, on Wayland, without Xwayland");
     EXPECT_NE(finding.advice.find("xwayland"), std::string::npos);
-    EXPECT_EQ(desktopFinding(onX11, connection), (Finding{"Desktop", "without a name, on X11", {}}));
+    EXPECT_EQ(desktopFinding(onX11(), connection), (Finding{"Desktop", "without a name, on X11", {}}));
     EXPECT_FALSE(desktopFinding({}, connection).advice.empty());
 }
 
