@@ -174,7 +174,8 @@ TEST_F(SwitchingTest, EveryOtherKeyArrivesAsItDoesWithoutTheProgram) {
     startWitness();
     Strokes strokes;
     for (const Key key : ordinaryKeys(desktop().connection()))
-        strokes.tap(key);
+        // That one comes last, and says that all the others have arrived.
+        if (key != keys::x) strokes.tap(key);
     const auto arrivals = [&] {
         witness().clear();
         typist().play(strokes);
