@@ -1,11 +1,9 @@
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeSettingsHelper.h"
 
+#include "Quillmere/Platform/Linux/HelperProgram.h"
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeHelperWords.h"
 
-#include <QCoreApplication>
-
 #include <poll.h>
-#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,31 +17,8 @@
 
 namespace quillmere {
 
-namespace {
-
-/// Starts the program with `socket` as its standard input; 0 when it cannot.
-pid_t spawn(const std::string& program, int socket) {
-    posix_spawn_file_actions_t files{};
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, socket, STDIN_FILENO);
-    posix_spawnattr_t attributes{};
-    posix_spawnattr_init(&attributes);
-    // What a terminal ends is a whole group of processes.
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
-    std::string path = program;
-    const std::array<char*, 2> arguments{path.data(), nullptr};
-    pid_t process = 0;
-    if (posix_spawn(&process, path.c_str(), &files, &attributes, arguments.data(), environ) != 0) process = 0;
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&files);
-    return process;
-}
-
-}  // namespace
-
 std::string GnomeSettingsHelper::standardProgram() {
-    return QCoreApplication::applicationDirPath().toStdString() + "/" QUILLMERE_PLUGINS_FROM_PROGRAM
-           + "/quillmere-gnome-settings";
+    return HelperProgram::path("quillmere-gnome-settings");
 }
 
 GnomeSettingsHelper::GnomeSettingsHelper(std::string program) : program_(std::move(program)) {}
@@ -74,7 +49,7 @@ bool GnomeSettingsHelper::start() {
     if (process_ != 0) return true;
     std::array<int, 2> sockets{};
     if (!isUsable() || socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets.data()) != 0) return false;
-    process_ = spawn(program_, sockets[1]);
+    process_ = HelperProgram::start(program_, {}, sockets[1]);
     close(sockets[1]);
     if (process_ == 0) {
         ++deaths_;

@@ -1,10 +1,8 @@
 #include "Quillmere/Platform/Linux/Tap/X11/TapGuard.h"
 
+#include "Quillmere/Platform/Linux/HelperProgram.h"
 #include "Quillmere/Platform/Linux/Tap/X11/Guard/GuardWords.h"
 
-#include <QCoreApplication>
-
-#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,25 +16,6 @@ namespace quillmere {
 
 namespace {
 
-/// Starts the program with `socket` as its standard input; 0 when it cannot.
-pid_t spawn(const std::string& program, const std::string& argument, int socket) {
-    posix_spawn_file_actions_t files{};
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, socket, STDIN_FILENO);
-    posix_spawnattr_t attributes{};
-    posix_spawnattr_init(&attributes);
-    // What a terminal stops is a whole group of processes.
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
-    std::string path = program;
-    std::string number = argument;
-    const std::array<char*, 3> arguments{path.data(), number.data(), nullptr};
-    pid_t process = 0;
-    if (posix_spawn(&process, path.c_str(), &files, &attributes, arguments.data(), environ) != 0) process = 0;
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&files);
-    return process;
-}
-
 std::string hexadecimal(unsigned long number) {
     std::array<char, 2 * sizeof number + 1> text{};
     std::snprintf(text.data(), text.size(), "%lx", number);
@@ -46,14 +25,13 @@ std::string hexadecimal(unsigned long number) {
 }  // namespace
 
 std::string TapGuard::standardProgram() {
-    return QCoreApplication::applicationDirPath().toStdString() + "/" QUILLMERE_PLUGINS_FROM_PROGRAM
-           + "/quillmere-keyguard";
+    return HelperProgram::path("quillmere-keyguard");
 }
 
 std::unique_ptr<TapGuard> TapGuard::start(const std::string& program, unsigned long resource) {
     std::array<int, 2> sockets{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, sockets.data()) != 0) return nullptr;
-    const pid_t process = spawn(program, hexadecimal(resource), sockets[1]);
+    const pid_t process = HelperProgram::start(program, {hexadecimal(resource)}, sockets[1]);
     close(sockets[1]);
     if (process != 0) return std::unique_ptr<TapGuard>(new TapGuard(sockets[0], process));
     close(sockets[0]);
