@@ -41,7 +41,8 @@ QUrl ServicePermissionRequest::standardDocumentation() {
 
 QString ServicePermissionRequest::directions() const {
     const QString purpose = QStringLiteral(
-        " The service tells Quillmere of your shortcut keys, Fn among them, and of nothing else that you type.");
+        " The service tells Quillmere of your shortcut keys, Fn among them, and of other keys only while you record"
+        " a shortcut.");
     if (isInstalled())
         return QStringLiteral("The button asks for an administrator's password, once, to allow the keyboard service.")
                + purpose;
