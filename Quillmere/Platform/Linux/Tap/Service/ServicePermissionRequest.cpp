@@ -34,8 +34,7 @@ ServicePermissionRequest::ServicePermissionRequest(Workspace& workspace, QUrl do
     : workspace_(workspace), documentation_(std::move(documentation)), bus_(bus) {}
 
 QUrl ServicePermissionRequest::standardDocumentation() {
-    const QString page =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/../share/doc/Quillmere/TapService.md");
+    const QString page = QCoreApplication::applicationDirPath() + QStringLiteral("/../share/quillmere/TapService.md");
     return QUrl::fromLocalFile(QDir::cleanPath(page));
 }
 
