@@ -1,11 +1,17 @@
 #include "QuillmereCore/Config.h"
 
 #include <gtest/gtest.h>
+#include <boost/json/array.hpp>
+#include <boost/json/parse.hpp>
+#include <boost/json/value_to.hpp>
 
 #include <algorithm>
 #include <cstddef>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,31 +40,22 @@ TEST(CycleGroup, AGroupThatWasGivenNoIdentifierHasTheEmptyOne) {
     EXPECT_TRUE(group->sourceIDs.empty());
 }
 
+/// The cases that other languages' forms of the rule are tried with, too.
+boost::json::array nextSourceCases() {
+    std::ifstream file(QUILLMERE_NEXT_SOURCE_CASES);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    return boost::json::parse(text).as_array();
+}
+
 TEST(CycleGroup, TheNextSourceFollowsTheCurrentOneAndWraps) {
-    const struct {
-        const char* name;
-        Sources sources;
-        std::optional<std::string> current;
-        std::optional<std::string> next;
-    } cases[] = {
-        {"an empty group has none", {}, "A", std::nullopt},
-        {"an empty group has none without a current one", {}, std::nullopt, std::nullopt},
-        {"a lone source follows itself", {"A"}, "A", "A"},
-        {"the second follows the first", {"A", "B", "C"}, "A", "B"},
-        {"the third follows the second", {"A", "B", "C"}, "B", "C"},
-        {"the first follows the last", {"A", "B", "C"}, "C", "A"},
-        {"a source outside the group is followed by its first", {"A", "B", "C"}, "X", "A"},
-        {"no source is followed by the first", {"A", "B", "C"}, std::nullopt, "A"},
-        {"the first occurrence of a duplicate counts", {"A", "B", "A"}, "A", "B"},
-        {"the last of two duplicates is reached but not left", {"A", "B", "A", "C"}, "B", "A"},
-        {"a duplicate of itself", {"A", "A"}, "A", "A"},
-        {"strings are compared exactly", {"A", "B"}, "a", "A"},
-        {"a prefix is another source", {"xkb:us", "xkb:us+dvorak"}, "xkb:us+dvorak", "xkb:us"},
-        {"composed and decomposed text differ", {"A", "\u00E9", "C"}, "e\u0301", "A"},
-        {"an empty identifier is one like any other", {"", "B"}, "", "B"},
-    };
-    for (const auto& [name, sources, current, next] : cases)
-        EXPECT_EQ(group(std::nullopt, sources).next(current), next) << name;
+    const boost::json::array cases = nextSourceCases();
+    ASSERT_FALSE(cases.empty());
+    for (const boost::json::value& given : cases) {
+        const auto sources = boost::json::value_to<Sources>(given.at("sources"));
+        const auto current = boost::json::value_to<std::optional<std::string>>(given.at("current"));
+        const auto next = boost::json::value_to<std::optional<std::string>>(given.at("next"));
+        EXPECT_EQ(group(std::nullopt, sources).next(current), next) << given.at("name");
+    }
 }
 
 TEST(Config, AShortcutFiresItsGroup) {
