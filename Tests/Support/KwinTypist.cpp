@@ -1,12 +1,11 @@
 #include "Tests/Support/KwinTypist.h"
 
+#include "Tests/Support/KeyMovements.h"
 #include "Tests/Support/SupportError.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <sstream>
 
 #include <linux/input-event-codes.h>
 #include <wayland-client.h>
@@ -37,30 +36,6 @@ const std::array<wl_message, 11> requests{{{"authenticate", "ss", nullptr},
                                            {"keyboard_key", "4uu", nullptr}}};
 const wl_interface fakeInputInterface{
     "org_kde_kwin_fake_input", versionWithKeys, static_cast<int>(requests.size()), requests.data(), 0, nullptr};
-
-struct Named {
-    std::string_view name;
-    std::uint32_t code;
-};
-
-constexpr auto keyNames = std::to_array<Named>({
-    {"ctrl", KEY_LEFTCTRL},
-    {"alt", KEY_LEFTALT},
-    {"shift", KEY_LEFTSHIFT},
-    {"super", KEY_LEFTMETA},
-    {"space", KEY_SPACE},
-    {"tab", KEY_TAB},
-    {"escape", KEY_ESC},
-    {"a", KEY_A},
-    {"k", KEY_K},
-    {"q", KEY_Q},
-});
-
-std::uint32_t codeOf(std::string_view name) {
-    const auto found = std::ranges::find(keyNames, name, &Named::name);
-    if (found == keyNames.end()) throw SupportError("no key " + std::string(name));
-    return found->code;
-}
 
 }  // namespace
 
@@ -101,11 +76,8 @@ KwinTypist::KwinTypist(const std::string& waylandDisplay) : client_(std::make_un
 KwinTypist::~KwinTypist() = default;
 
 void KwinTypist::type(std::string_view movements) {
-    std::istringstream stream{std::string(movements)};
-    for (std::string word; stream >> word;) {
-        const std::uint32_t isPress = word.front() == '+' ? 1 : 0;
-        wl_proxy_marshal(client_->input, keyRequest, codeOf(std::string_view(word).substr(1)), isPress);
-    }
+    for (const auto& [code, isPress] : keyMovements(movements))
+        wl_proxy_marshal(client_->input, keyRequest, code, isPress ? 1U : 0U);
     flush();
 }
 

@@ -18,9 +18,8 @@ public:
     KwinTypist(const KwinTypist&) = delete;
     KwinTypist& operator=(const KwinTypist&) = delete;
 
-    /// Presses and releases keys without a gap, in the order of the words:
-    /// "+ctrl +alt +space -space -alt -ctrl". The names are ctrl, alt, shift,
-    /// super, space, tab, escape and some letters.
+    /// Presses and releases keys without a gap, in the order of the words (see
+    /// `keyMovements`): "+ctrl +alt +space -space -alt -ctrl".
     void type(std::string_view movements);
 
     /// Puts the pointer there, in points, and presses its left button once.

@@ -21,6 +21,7 @@ std::string busConfiguration(const std::filesystem::path& folder) {
            + (folder / "bus").string() + R"(</listen>
   <auth>EXTERNAL</auth>
   <policy context="default">
+    <allow user="*"/>
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
     <allow own="*"/>
@@ -32,6 +33,9 @@ std::string busConfiguration(const std::filesystem::path& folder) {
 }  // namespace
 
 SessionBus::SessionBus(const std::filesystem::path& folder, const Environment& environment) {
+    // To the socket, not to what else is there.
+    std::filesystem::permissions(folder, std::filesystem::perms::group_exec | std::filesystem::perms::others_exec,
+                                 std::filesystem::perm_options::add);
     const std::filesystem::path configuration = folder / "bus.conf";
     std::ofstream(configuration) << busConfiguration(folder);
     StartupPipe ready;

@@ -10,7 +10,7 @@
 namespace quillmere::support {
 
 /// A private message bus that starts nothing by itself: what is on it is what
-/// the test put there.
+/// the test put there. Any user may.
 class SessionBus {
 public:
     /// Starts it and waits until it listens. `folder` holds its socket.

@@ -1,60 +1,20 @@
 #include "Tests/Support/Sway.h"
 
+#include "Tests/Support/OrdinaryUser.h"
 #include "Tests/Support/SupportError.h"
 #include "Tests/Support/WaitUntil.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <cerrno>
-#include <csignal>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <optional>
 
-#include <X11/Xlib.h>
-#include <grp.h>
-#include <sys/prctl.h>
-#include <unistd.h>
-
 namespace quillmere::support {
 
 namespace {
-
-// The user that owns nothing.
-constexpr uid_t nobody = 65534;
-
-void becomeNobody() {
-    if (geteuid() != 0) return;
-    if (setgroups(0, nullptr) != 0 || setresgid(nobody, nobody, nobody) != 0 || setresuid(nobody, nobody, nobody) != 0)
-        _exit(127);
-    // Was dropped with the rights.
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-}
-
-void giveAway(const std::filesystem::path& path) {
-    if (geteuid() == 0 && chown(path.c_str(), nobody, nobody) != 0)
-        throw SupportError("cannot give " + path.string() + " away", errno);
-}
-
-/// Xwayland serves only the user whose desktop it is.
-void openXwaylandToRoot(const std::string& display) {
-    if (geteuid() != 0 || display.empty()) return;
-    const bool isNobody = seteuid(nobody) == 0;
-    Display* connection = XOpenDisplay(display.c_str());
-    if (!isNobody || seteuid(0) != 0 || connection == nullptr) throw SupportError("no Xwayland at " + display);
-    std::string type = "localuser";
-    std::string value = "root";
-    XServerInterpretedAddress user{.typelength = static_cast<int>(type.size()),
-                                   .valuelength = static_cast<int>(value.size()),
-                                   .type = type.data(),
-                                   .value = value.data()};
-    XHostAddress address{
-        .family = FamilyServerInterpreted, .length = sizeof user, .address = reinterpret_cast<char*>(&user)};
-    XAddHost(connection, &address);
-    XCloseDisplay(connection);
-}
 
 std::string contents(const std::filesystem::path& file) {
     std::ifstream stream(file);
@@ -91,7 +51,7 @@ Sway::Sway(const std::filesystem::path& folder, const Environment& environment, 
     std::filesystem::create_directories(folder_ / "runtime");
     std::filesystem::permissions(folder_ / "runtime", std::filesystem::perms::owner_all);
     for (const auto& path : {folder, folder_, folder_ / "runtime"})
-        giveAway(path);
+        giveToOrdinaryUser(path);
     environment_["HOME"] = folder_;
     environment_["XDG_RUNTIME_DIR"] = folder_ / "runtime";
     environment_["SWAYSOCK"] = socket();
@@ -105,7 +65,7 @@ Sway::Sway(const std::filesystem::path& folder, const Environment& environment, 
         .environment = environment_,
         .output = folder_ / "log",
         .inheritedDescriptors = {},
-        .prepare = becomeNobody,
+        .prepare = becomeOrdinaryUser,
     });
     takeEnvironment();
 }
@@ -132,7 +92,7 @@ void Sway::takeEnvironment() {
     waylandDisplay_ = folder_ / "runtime" / valueIn(variables, "WAYLAND_DISPLAY");
     xDisplay_ = valueIn(variables, "DISPLAY");
     if (xDisplay_ == environment_["DISPLAY"]) xDisplay_.clear();
-    openXwaylandToRoot(xDisplay_);
+    openXwaylandToTests(xDisplay_);
 }
 
 int Sway::message(const std::vector<std::string>& arguments, const std::filesystem::path& reply) const {
