@@ -50,7 +50,11 @@ void TapEngine::finishRemoval(DeviceId id, Time now) {
     }
     const bool hadFlags = device.flags != 0;
     devices_.erase(id);
-    if (hadFlags) owner_.tellFlags(now, flagsOf(devices_));
+    if (hadFlags) {
+        // First a key, or Fn that goes up with its keyboard could complete a tap.
+        owner_.tellOther(now, flagsOf(devices_));
+        owner_.tellFlags(now, flagsOf(devices_));
+    }
     keyboards_.forget(id);
     grabs_.unsettle();
 }

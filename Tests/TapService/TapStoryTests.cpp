@@ -285,7 +285,7 @@ const support::KeyStory stories[] = {
      "+ctrl +space swallow unplug",
      "+ctrl -ctrl",
      "ask:ctrl+space release:ctrl+space"},
-    {"Fn goes up with its keyboard", {"fn"}, "+fn unplug", "", "flags:fn+ flags:"},
+    {"Fn goes up with its keyboard, and that is no tap", {"fn"}, "+fn unplug", "", "flags:fn+ other flags:"},
 };
 
 class TapStory : public testing::TestWithParam<support::KeyStory> {};

@@ -16,7 +16,7 @@ namespace {
 
 // While a verdict is awaited the keyboard stands still, so the wait is a limit
 // for how long a busy main thread can hold up the user.
-constexpr std::chrono::milliseconds verdictPatience{500};
+constexpr std::chrono::milliseconds verdictDeadline{500};
 
 // Taking grabs is a few round trips; more than this and the server is busy, so
 // that the user's next press waits as well.
@@ -38,7 +38,7 @@ std::unique_ptr<X11TapThread> X11TapThread::start(EventTap::Callback callback, c
 
 X11TapThread::X11TapThread(std::unique_ptr<X11Connection> connection, EventTap::Callback callback,
                            const KeyInterest& interest)
-    : exchange_(std::move(callback), verdictPatience),
+    : exchange_(std::move(callback), verdictDeadline),
       connection_(std::move(connection)),
       filter_(std::in_place, *connection_, exchange_),
       guardProgram_(TapGuard::standardProgram()),
