@@ -6,9 +6,7 @@
 
 #include <QDBusConnectionInterface>
 
-#include <algorithm>
 #include <fstream>
-#include <iterator>
 
 namespace quillmere::support {
 
@@ -16,6 +14,7 @@ namespace {
 
 const QString keyboardName = QStringLiteral("org.kde.keyboard");
 constexpr const char* program = "/usr/bin/kwin_wayland";
+constexpr const char* toldDisplay = "display";
 
 QDBusMessage callLayouts(const QDBusConnection& bus, const char* method, const QVariantList& arguments = {}) {
     return callMethod(bus, keyboardName, QStringLiteral("/Layouts"), QStringLiteral("org.kde.KeyboardLayouts"),
@@ -63,7 +62,7 @@ void Kwin::start() {
         arguments.emplace_back("--virtual");
     else
         arguments.insert(arguments.end(), {"--x11-display", options_.display});
-    if (options_.hasXwayland) arguments.emplace_back("--xwayland");
+    if (options_.hasXwayland) arguments.insert(arguments.end(), {"--xwayland", displayTeller()});
     process_ = std::make_unique<ChildProcess>(ChildProcess::Options{.arguments = arguments,
                                                                     .environment = environment_,
                                                                     .output = folder_ / "log",
@@ -77,6 +76,16 @@ void Kwin::start() {
     });
     if (!isUp || !process_->isRunning()) throw SupportError("KWin does not start: " + process_->output());
     if (options_.hasXwayland) waitForXwayland();
+}
+
+/// KWin picks the X display itself, begins with an Xwayland only when somebody
+/// asks (from 6 on), and tells the programs that it starts: so it starts one.
+std::string Kwin::displayTeller() const {
+    std::filesystem::remove(folder_ / toldDisplay);
+    const std::filesystem::path script = folder_ / "tell-display";
+    const std::string file = folder_ / toldDisplay;
+    std::ofstream(script) << "echo $DISPLAY >" << file << ".new && mv " << file << ".new " << file << '\n';
+    return "sh " + script.string();
 }
 
 void Kwin::setLayouts(const std::string& layouts, const std::string& variants) {
@@ -105,29 +114,14 @@ std::string Kwin::waylandDisplay() const {
     return folder_ / "runtime" / "wayland-0";
 }
 
-/// KWin picks the display itself and tells only its children: Xwayland's
-/// command line has it.
 void Kwin::waitForXwayland() {
-    const auto commandLine = [](const std::filesystem::path& process) {
-        std::ifstream stream(process / "cmdline");
-        std::string text{std::istreambuf_iterator<char>(stream), {}};
-        std::ranges::replace(text, '\0', ' ');
-        return text;
-    };
-    const std::filesystem::path children =
-        "/proc/" + std::to_string(process_->pid()) + "/task/" + std::to_string(process_->pid()) + "/children";
-    const bool isFound = waitUntil([&] {
-        std::ifstream stream(children);
-        for (std::string child; stream >> child;) {
-            const std::string text = commandLine("/proc/" + child);
-            const std::size_t colon = text.find(" :");
-            if (text.find("Xwayland") == std::string::npos || colon == std::string::npos) continue;
-            xDisplay_ = text.substr(colon + 1, text.find(' ', colon + 1) - colon - 1);
-            return true;
-        }
-        return false;
+    std::string display;
+    const bool isTold = waitUntil([&] {
+        std::ifstream file(folder_ / toldDisplay);
+        return static_cast<bool>(std::getline(file, display));
     });
-    if (!isFound) throw SupportError("no Xwayland: " + process_->output());
+    if (!isTold) throw SupportError("no Xwayland: " + process_->output());
+    xDisplay_ = display;
 }
 
 }  // namespace quillmere::support

@@ -49,6 +49,7 @@ public:
 
 private:
     void writeLayouts(const std::string& layouts, const std::string& variants) const;
+    std::string displayTeller() const;
     void waitForXwayland();
 
     std::filesystem::path folder_;
