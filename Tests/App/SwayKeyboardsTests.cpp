@@ -42,7 +42,6 @@ const Names usUa{"English (US)", "Ukrainian"};
 const std::string board = "1:1:AT_Translated_Set_2_keyboard";
 const std::string external = "1133:49948:Logitech_USB_Keyboard";
 const std::string button = "0:1:Power_Button";
-const std::string virtualBoard = "0:0:virtual_keyboard";
 
 TEST(SwayKeyboards, TheKeyboardWithTheMostLayoutsSpeaksForTheDesktop) {
     EXPECT_EQ(keyboards({{button, {"English (US)"}}, {board, usUa}}).layouts(), usUa);
@@ -56,8 +55,10 @@ TEST(SwayKeyboards, OfSeveralWithAsManyTheOldestDoes) {
 
 TEST(SwayKeyboards, AProgramsKeyboardCountsOnlyWhereThereIsNoOther) {
     const Names three{"German", "French", "Polish"};
-    EXPECT_EQ(keyboards({{virtualBoard, three}, {board, usUa}}).layouts(), usUa);
-    EXPECT_EQ(keyboards({{virtualBoard, three}}).layouts(), three);
+    for (const char* name : {"0:0:virtual_keyboard", "0:0:virtual-keyboard", "0:0:wlr_virtual_keyboard_v1"}) {
+        EXPECT_EQ(keyboards({{name, three}, {board, usUa}}).layouts(), usUa) << name;
+        EXPECT_EQ(keyboards({{name, three}}).layouts(), three) << name;
+    }
 }
 
 TEST(SwayKeyboards, WhatMakesNoSenseIsLeftOut) {

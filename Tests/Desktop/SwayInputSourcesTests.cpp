@@ -80,7 +80,9 @@ TEST_F(SwayInputSourcesTest, ListsTheLayoutsInTheirOrderWithNamesAndLanguages) {
 TEST_F(SwayInputSourcesTest, LayoutsWithUnusualNamesAreKnownToo) {
     startWithKeyboard("cz,us,ch", "bksl,intl-unicode,fr");
     EXPECT_EQ(ids(), (Ids{"xkb:cz+bksl", "xkb:us+intl-unicode", "xkb:ch+fr"}));
-    EXPECT_EQ(sources->sources()[0].localizedName, "Czech (with <|> key)");
+    const std::optional<std::string> name = sources->sources()[0].localizedName;
+    // The second is what newer lists of layouts call it.
+    EXPECT_TRUE(name == "Czech (with <|> key)" || name == "Czech (extra backslash)") << name.value_or("no name");
 }
 
 TEST_F(SwayInputSourcesTest, ALayoutThatTheUserHasMadeIsKnownByItsNameAlone) {
@@ -185,21 +187,23 @@ TEST_F(SwayInputSourcesTest, ADesktopThatIsUsedFromAfarHasItsProgramsKeyboard) {
 
 TEST_F(SwayInputSourcesTest, ASwitchReachesEveryKeyboard) {
     startWithoutKeyboard("us,ua,de");
-    const SwayKeyboard first(sway->waylandDisplay());
-    const SwayKeyboard second(sway->waylandDisplay());
+    const std::string keymap = SwayKeyboard::keymap("us,ua,de");
+    const SwayKeyboard first(sway->waylandDisplay(), keymap);
+    const SwayKeyboard second(sway->waylandDisplay(), keymap);
     EXPECT_EQ(select("xkb:de"), 0);
     EXPECT_EQ(inUseVirtually(), (std::vector{2, 2}));
 }
 
 TEST_F(SwayInputSourcesTest, AKeyboardThatComesLaterTakesUpTheLayoutInUse) {
     startWithoutKeyboard("us,ua,de");
-    const SwayKeyboard first(sway->waylandDisplay());
+    const std::string keymap = SwayKeyboard::keymap("us,ua,de");
+    const SwayKeyboard first(sway->waylandDisplay(), keymap);
     ASSERT_EQ(select("xkb:ua"), 0);
-    const SwayKeyboard second(sway->waylandDisplay());
+    const SwayKeyboard second(sway->waylandDisplay(), keymap);
     // Nobody asks: the event alone brings it about.
     EXPECT_TRUE(waitUntil([&] { return inUseVirtually() == std::vector{1, 1}; }));
     EXPECT_EQ(sources->currentID(), "xkb:ua");
-    const SwayKeyboard third(sway->waylandDisplay());
+    const SwayKeyboard third(sway->waylandDisplay(), keymap);
     EXPECT_EQ(sources->currentID(), "xkb:ua") << "not the one that the new keyboard starts with";
     EXPECT_EQ(inUseVirtually(), (std::vector{1, 1, 1}));
 }

@@ -4,6 +4,7 @@
 #include "Tests/Support/WaitUntil.h"
 
 #include <QDBusConnectionInterface>
+#include <QStandardPaths>
 
 #include <filesystem>
 #include <fstream>
@@ -12,6 +13,9 @@
 namespace quillmere::support {
 
 namespace {
+
+constexpr const char* xfcePanel = "xfce4-panel";
+constexpr const char* trayer = "trayer";
 
 /// What the bus would start for this name, which the tests' own bus does not.
 std::string serviceProgram(const std::filesystem::path& serviceFile) {
@@ -48,6 +52,10 @@ std::string xfceConfiguration(bool isDark) {
 
 }  // namespace
 
+bool RealPanel::isInstalled(Kind kind) {
+    return !QStandardPaths::findExecutable(QLatin1String(kind == Kind::xfce ? xfcePanel : trayer)).isEmpty();
+}
+
 RealPanel::RealPanel(Kind kind, bool isDark, Desktop& desktop) : desktop_(desktop) {
     if (kind == Kind::xfce)
         startXfce(isDark);
@@ -58,7 +66,7 @@ RealPanel::RealPanel(Kind kind, bool isDark, Desktop& desktop) : desktop_(deskto
 }
 
 void RealPanel::startXfce(bool isDark) {
-    title_ = "xfce4-panel";
+    title_ = xfcePanel;
     const auto folder = desktop_.configHome() / "xfce4" / "xfconf" / "xfce-perchannel-xml";
     std::filesystem::create_directories(folder);
     std::ofstream(folder / "xfce4-panel.xml") << xfceConfiguration(isDark);
@@ -68,15 +76,15 @@ void RealPanel::startXfce(bool isDark) {
     };
     settings_ = start({serviceProgram("/usr/share/dbus-1/services/org.xfce.Xfconf.service")});
     if (!isOnBus("org.xfce.Xfconf")) throw SupportError("no settings for the panel: " + settings_->output());
-    panel_ = start({"xfce4-panel", "--disable-wm-check"});
+    panel_ = start({xfcePanel, "--disable-wm-check"});
     if (!isOnBus("org.kde.StatusNotifierWatcher")) throw SupportError("no tray on the panel: " + panel_->output());
 }
 
 void RealPanel::startTrayer(bool isDark) {
     title_ = "panel";
     panel_ =
-        start({"trayer", "--edge", "top", "--widthtype", "percent", "--width", "100", "--heighttype", "pixel",
-               "--height", "32", "--transparent", "true", "--alpha", "0", "--tint", isDark ? "0x202020" : "0xf0f0f0"});
+        start({trayer, "--edge", "top", "--widthtype", "percent", "--width", "100", "--heighttype", "pixel", "--height",
+               "32", "--transparent", "true", "--alpha", "0", "--tint", isDark ? "0x202020" : "0xf0f0f0"});
     const auto hasTray = [this] { return desktop_.connection().isSelectionOwned("_NET_SYSTEM_TRAY_S0"); };
     if (!waitUntil(hasTray)) throw SupportError("no tray: " + panel_->output());
 }

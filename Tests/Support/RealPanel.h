@@ -17,6 +17,9 @@ public:
         trayer,  ///< lends icons a window to draw into
     };
 
+    /// Whether there is such a panel on this machine.
+    static bool isInstalled(Kind kind);
+
     /// Starts it on a desktop without a tray and waits until icons have their
     /// place. `desktop` must outlive this.
     RealPanel(Kind kind, bool isDark, Desktop& desktop);

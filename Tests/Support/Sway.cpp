@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -117,12 +118,12 @@ QJsonArray Sway::inputs() const {
     return QJsonDocument::fromJson(QByteArray::fromStdString(contents(folder_ / "reply"))).array();
 }
 
-std::vector<int> Sway::layoutsInUse(const std::string& identifier) const {
+std::vector<int> Sway::layoutsInUse(const KeyboardNames& names) const {
     std::vector<int> result;
     const QJsonArray all = inputs();
     for (const auto& entry : all) {
         const QJsonObject input = entry.toObject();
-        if (input["identifier"].toString().toStdString() == identifier)
+        if (std::ranges::find(names, input["identifier"].toString().toStdString()) != names.end())
             result.push_back(input["xkb_active_layout_index"].toInt(-1));
     }
     return result;

@@ -6,9 +6,11 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <array>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quillmere::support {
@@ -43,9 +45,10 @@ public:
 
     /// What it tells of its input devices.
     QJsonArray inputs() const;
-    /// The layout in use on each of the keyboards with this identifier, newest
-    /// first.
-    std::vector<int> layoutsInUse(const std::string& identifier) const;
+    /// How a kind of keyboards is called, in older and in newer versions.
+    using KeyboardNames = std::array<std::string_view, 2>;
+    /// The layout in use on each of the keyboards of a kind, newest first.
+    std::vector<int> layoutsInUse(const KeyboardNames& names) const;
     /// Whether it has a window with this title.
     bool showsTitle(const std::string& title) const;
     /// The title of the window with the keyboard focus; empty when none has it.
@@ -54,8 +57,8 @@ public:
     ChildProcess& process() { return *process_; }
 
     /// The keyboard of the X server, and one that a program has made.
-    static constexpr const char* serverKeyboard = "0:0:X11_keyboard";
-    static constexpr const char* virtualKeyboard = "0:0:virtual_keyboard";
+    static constexpr KeyboardNames serverKeyboard{"0:0:X11_keyboard", "0:0:x11-keyboard"};
+    static constexpr KeyboardNames virtualKeyboard{"0:0:virtual_keyboard", "0:0:wlr_virtual_keyboard_v1"};
 
 private:
     void writeConfiguration(const Options& options) const;

@@ -80,10 +80,8 @@ struct SwayKeyboard::Client {
     }
 };
 
-SwayKeyboard::SwayKeyboard(const std::string& waylandDisplay) : client_(std::make_unique<Client>(waylandDisplay)) {}
-
 SwayKeyboard::SwayKeyboard(const std::string& waylandDisplay, const std::string& keymap)
-    : SwayKeyboard(waylandDisplay) {
+    : client_(std::make_unique<Client>(waylandDisplay)) {
     client_->setKeymap(keymap);
 }
 

@@ -9,10 +9,8 @@ namespace quillmere::support {
 /// virtual-keyboard-unstable-v1), there as long as this object.
 class SwayKeyboard {
 public:
-    /// With the keymap that the desktop gives it. Throws when there is no such
-    /// desktop, or it refuses.
-    explicit SwayKeyboard(const std::string& waylandDisplay);
-    /// With a keymap of its own, in libxkbcommon's text format.
+    /// With a keymap in libxkbcommon's text format: a newer desktop gives such a
+    /// keyboard none. Throws when there is no such desktop, or it refuses.
     SwayKeyboard(const std::string& waylandDisplay, const std::string& keymap);
     ~SwayKeyboard();
     SwayKeyboard(const SwayKeyboard&) = delete;

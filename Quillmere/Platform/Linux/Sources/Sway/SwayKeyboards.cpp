@@ -15,7 +15,8 @@ namespace quillmere {
 namespace {
 
 // By the name that the compositor's library gives them, older and newer.
-constexpr std::array<std::string_view, 2> virtualIdentifiers{"0:0:virtual_keyboard", "0:0:virtual-keyboard"};
+constexpr std::array<std::string_view, 3> virtualIdentifiers{"0:0:virtual_keyboard", "0:0:virtual-keyboard",
+                                                             "0:0:wlr_virtual_keyboard_v1"};
 
 /// The names of the layouts; none at all when one has no name.
 std::vector<std::string> namesIn(const QJsonValue& value) {
