@@ -4,6 +4,28 @@
 
 #include <cstdlib>
 
+namespace {
+
+using quillmere::AppDelegate;
+using quillmere::SingleInstance;
+
+void perform(SingleInstance::Request request, AppDelegate& delegate) {
+    switch (request) {
+        case SingleInstance::Request::settings:
+            delegate.openSettings();
+            break;
+        case SingleInstance::Request::toggleActive:
+            delegate.toggleActive();
+            break;
+        case SingleInstance::Request::quit:
+            // One that came before the event loop runs ends it all the same.
+            QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+            break;
+    }
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     // Not the desktop's, which would bring its own looks into what the program
     // leaves to Qt, and differ from system to system.
@@ -18,11 +40,11 @@ int main(int argc, char** argv) {
 
     int status = 0;
     {
-        quillmere::AppDelegate delegate(quillmere::makePlatform());
+        AppDelegate delegate(quillmere::makePlatform());
         delegate.applicationDidFinishLaunching();
-        instance->setOnActivate([&delegate] { delegate.openSettings(); });
+        instance->setOnRequest([&delegate](SingleInstance::Request request) { perform(request, delegate); });
         status = QApplication::exec();
-        instance->setOnActivate(nullptr);
+        instance->setOnRequest(nullptr);
     }
     // Not through Qt's own end, which waits for a name look-up that is under
     // way: ten seconds when no name server answers. All that has to be left in

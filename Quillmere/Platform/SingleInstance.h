@@ -20,9 +20,16 @@ public:
     /// activated, and this one should end. Once, at start.
     virtual bool claim() = 0;
 
-    /// What a later instance's start does here; from the event loop. An
-    /// activation that comes before this is set is kept for it.
-    virtual void setOnActivate(std::function<void()> onActivate) = 0;
+    /// What somebody asks of this instance from outside of its windows.
+    enum class Request {
+        settings,      ///< by starting the program again, too
+        toggleActive,  ///< switching on or off
+        quit,
+    };
+
+    /// Who is told of requests; from the event loop. Those that come before
+    /// this is set are kept for it.
+    virtual void setOnRequest(std::function<void(Request)> onRequest) = 0;
 };
 
 /// The running system's own. Needs the application object; main thread.

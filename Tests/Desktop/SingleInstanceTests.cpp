@@ -2,6 +2,8 @@
 #include "Tests/Support/DBusCall.h"
 
 #include <csignal>
+#include <fstream>
+#include <string>
 
 namespace quillmere::support {
 
@@ -19,6 +21,25 @@ protected:
         const std::vector<WindowInfo> windows = desktop().connection().windows();
         return static_cast<std::size_t>(std::ranges::count_if(
             windows, [](const WindowInfo& window) { return window.title == "Quillmere" && window.isMapped; }));
+    }
+    /// Runs what the desktop entry says for this action, as a launcher does; its
+    /// status.
+    int chooseInLauncher(const std::string& action) {
+        std::ifstream entry(QUILLMERE_ICONS "/org.quillmere.Quillmere.desktop");
+        std::string command;
+        bool isAction = false;
+        for (std::string line; command.empty() && std::getline(entry, line);) {
+            if (line.starts_with('[')) isAction = line == "[Desktop Action " + action + "]";
+            if (isAction && line.starts_with("Exec=")) command = line.substr(5);
+        }
+        EXPECT_NE(command, "");
+        return ChildProcess::run({.arguments = {"sh", "-c", command}, .environment = desktop().environment()});
+    }
+    /// Asks for an action over the bus.
+    QDBusMessage perform(const QString& action) {
+        return callMethod(desktop().bus().connect(), QStringLiteral("org.quillmere.Quillmere"),
+                          QStringLiteral("/org/quillmere/Quillmere"), QStringLiteral("org.freedesktop.Application"),
+                          QStringLiteral("ActivateAction"), {action, QVariantList(), QVariantMap()});
     }
 };
 
@@ -44,6 +65,26 @@ TEST_F(SingleInstanceTest, AnyProgramMayActivateItOverTheBus) {
                    QStringLiteral("Activate"), {QVariantMap()});
     EXPECT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
     EXPECT_TRUE(waitUntil([this] { return settingsWindow().has_value(); }));
+}
+
+TEST_F(SingleInstanceTest, TheLaunchersActionsTurnSwitchingOffAndOnAndQuit) {
+    ASSERT_NO_FATAL_FAILURE(start(false));
+    ASSERT_EQ(chooseInLauncher("active"), 0);
+    EXPECT_TRUE(waitUntilStored(false));
+    ASSERT_EQ(chooseInLauncher("active"), 0);
+    EXPECT_TRUE(waitUntilStored(true));
+    ASSERT_EQ(chooseInLauncher("quit"), 0);
+    EXPECT_EQ(program().process().waitForExit(patience), 0);
+    // Not what starts it.
+    EXPECT_NE(chooseInLauncher("active"), 0);
+}
+
+TEST_F(SingleInstanceTest, AnActionThatItDoesNotKnowIsPassedOver) {
+    ASSERT_NO_FATAL_FAILURE(start(true));
+    EXPECT_EQ(perform("quit-now").type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(perform("settings").type(), QDBusMessage::ReplyMessage);
+    EXPECT_TRUE(waitUntil([this] { return settingsWindow().has_value(); }));
+    EXPECT_TRUE(program().process().isRunning());
 }
 
 TEST_F(SingleInstanceTest, AfterTheFirstIsKilledTheNextStartRuns) {

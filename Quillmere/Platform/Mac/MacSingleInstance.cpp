@@ -9,7 +9,7 @@ namespace {
 class LaunchServicesInstance final : public SingleInstance {
 public:
     bool claim() override { return true; }
-    void setOnActivate(std::function<void()> /*onActivate*/) override {}
+    void setOnRequest(std::function<void(Request)> /*onRequest*/) override {}
 };
 
 }  // namespace

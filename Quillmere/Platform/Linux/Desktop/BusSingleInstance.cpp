@@ -61,18 +61,31 @@ void BusSingleInstance::activateOther() {
     bus_.call(call, QDBus::Block, activationDeadline);
 }
 
-void BusSingleInstance::setOnActivate(std::function<void()> onActivate) {
-    onActivate_ = std::move(onActivate);
-    if (onActivate_ && std::exchange(isActivationPending_, false)) onActivate_();
+void BusSingleInstance::setOnRequest(std::function<void(Request)> onRequest) {
+    onRequest_ = std::move(onRequest);
+    if (!onRequest_) return;
+    for (const Request request : std::exchange(pending_, {}))
+        onRequest_(request);
 }
 
 void BusSingleInstance::Activate(const QVariantMap& platformData) {
+    take(Request::settings, platformData);
+}
+
+void BusSingleInstance::ActivateAction(const QString& name, const QVariantList& /*parameters*/,
+                                       const QVariantMap& platformData) {
+    if (name == QLatin1String("settings")) take(Request::settings, platformData);
+    if (name == QLatin1String("active")) take(Request::toggleActive, platformData);
+    if (name == QLatin1String("quit")) take(Request::quit, platformData);
+}
+
+void BusSingleInstance::take(Request request, const QVariantMap& platformData) {
     const QString token = platformData.value(tokenKey).toString();
     if (!token.isEmpty()) qputenv(tokenVariable, token.toUtf8());
-    if (onActivate_)
-        onActivate_();
+    if (onRequest_)
+        onRequest_(request);
     else
-        isActivationPending_ = true;
+        pending_.push_back(request);
 }
 
 std::unique_ptr<SingleInstance> makeSingleInstance() {
