@@ -63,10 +63,12 @@ private:
     }
 };
 
-/// Else it would be a window like any other to assistive programs.
+/// Else it would be a window like any other to assistive programs. Some versions
+/// of Qt ask while the window is still being made, and is no Alert yet.
 QAccessibleInterface* accessibleInterface(const QString&, QObject* object) {
-    auto* const alert = dynamic_cast<Alert*>(object);
-    return alert ? new QAccessibleWidget(alert, QAccessible::Dialog) : nullptr;
+    auto* const window = dynamic_cast<Window*>(object);
+    const bool isAlert = window != nullptr && window->windowType() == Qt::Dialog;
+    return isAlert ? new QAccessibleWidget(window, QAccessible::Dialog) : nullptr;
 }
 
 }  // namespace

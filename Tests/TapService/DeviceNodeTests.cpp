@@ -3,6 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <unistd.h>
 
 namespace quillmere::tap {
 namespace {
@@ -23,8 +28,11 @@ TEST(DeviceNode, ANodeThatIsGoneIsNotOpened) {
 }
 
 TEST(DeviceNode, AnOrdinaryFileInItsPlaceIsNotOpened) {
-    EXPECT_FALSE(openDeviceNode("/proc/self/comm", "/sys/devices/virtual/mem/null"));
+    const std::string file = testing::TempDir() + "quillmere-ordinary-" + std::to_string(getpid());
+    std::ofstream(file) << "text";
+    EXPECT_FALSE(openDeviceNode(file, "/sys/devices/virtual/mem/null"));
     EXPECT_EQ(errno, ESTALE);
+    std::filesystem::remove(file);
 }
 
 }  // namespace
