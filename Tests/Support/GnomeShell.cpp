@@ -94,6 +94,10 @@ void GnomeShell::prepareHome() const {
     }
 }
 
+bool GnomeShell::fits(const std::filesystem::path& forms) const {
+    return !fittingForm(forms, version_).empty();
+}
+
 std::filesystem::path GnomeShell::extensionsFolder() const {
     return folder_ / "data" / "gnome-shell" / "extensions";
 }
@@ -180,10 +184,16 @@ void GnomeShell::waitUntilUp() const {
     if (!comes([&] { return isTrue(state); })) throw SupportError("no extension: " + process_->output());
 }
 
-/// Xwayland starts when somebody comes to its display, which the log names.
+/// Xwayland starts when somebody comes to its display, which the log names, with
+/// the word that is in a file.
 void GnomeShell::takeXDisplay() {
     xDisplay_ = found(process_->output(), "public X11 display (:[0-9]+)");
     environment_["DISPLAY"] = xDisplay_;
+    for (const auto& file : std::filesystem::directory_iterator(folder_ / "runtime"))
+        if (file.path().filename().string().starts_with(".mutter-Xwaylandauth"))
+            environment_["XAUTHORITY"] = file.path();
+    xAuthority_.reset();
+    xAuthority_.emplace("XAUTHORITY", environment_["XAUTHORITY"]);
     openXwaylandToTests(xDisplay_);
 }
 

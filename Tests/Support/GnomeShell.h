@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ChildProcess.h"
 #include "Tests/Support/Environment.h"
+#include "Tests/Support/OwnVariable.h"
 #include "Tests/Support/SessionBus.h"
 
 #include <QDBusConnection>
@@ -9,6 +10,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,6 +43,8 @@ public:
     std::string waylandDisplay() const;
     /// For DISPLAY, of its Xwayland; empty without one.
     const std::string& xDisplay() const { return xDisplay_; }
+    /// Whether one of an extension's forms in this folder is for this version.
+    bool fits(const std::filesystem::path& forms) const;
     /// Whether one of the options' forms is for this version; without it this is
     /// a stock desktop.
     bool hasExtension() const { return !form_.empty(); }
@@ -92,6 +96,7 @@ private:
     int version_ = 0;
     std::filesystem::path form_;
     std::string xDisplay_;
+    std::optional<OwnVariable> xAuthority_;  ///< the tests are clients of its Xwayland, too
 };
 
 }  // namespace quillmere::support

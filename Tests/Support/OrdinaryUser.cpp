@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 
 #include <X11/Xlib.h>
 #include <grp.h>
@@ -30,6 +31,16 @@ void becomeOrdinaryUser() {
 void giveToOrdinaryUser(const std::filesystem::path& path) {
     if (geteuid() == 0 && chown(path.c_str(), nobody, nobody) != 0)
         throw SupportError("cannot give " + path.string() + " away", errno);
+}
+
+std::filesystem::path programOfOrdinaryUser(const std::filesystem::path& program,
+                                            const std::filesystem::path& wrapper) {
+    if (geteuid() != 0) return program;
+    const std::string user = std::to_string(nobody);
+    std::ofstream(wrapper) << "#!/bin/sh\nexec setpriv --reuid " << user << " --regid " << user << " --clear-groups '"
+                           << program.string() << "' \"$@\"\n";
+    std::filesystem::permissions(wrapper, std::filesystem::perms::owner_all);
+    return wrapper;
 }
 
 void openXwaylandToTests(const std::string& display) {

@@ -16,6 +16,10 @@ void becomeOrdinaryUser();
 /// cannot be.
 void giveToOrdinaryUser(const std::filesystem::path& path);
 
+/// A program that runs `program` as that user, written to `wrapper`; `program`
+/// itself where the tests are an ordinary user's. Its arguments are passed on.
+std::filesystem::path programOfOrdinaryUser(const std::filesystem::path& program, const std::filesystem::path& wrapper);
+
 /// Lets the tests onto the X server of that user's desktop, which serves nobody
 /// else. Nothing for an empty display; throws when there is no such server.
 void openXwaylandToTests(const std::string& display);

@@ -1,4 +1,5 @@
 #include "Quillmere/Platform/Linux/Desktop/DesktopLoginItem.h"
+#include "Quillmere/Platform/Linux/Desktop/Gnome/GnomeExtensionOffer.h"
 #include "Quillmere/Platform/Linux/Desktop/InfoBundle.h"
 #include "Quillmere/Platform/Linux/Desktop/PortalAppearance.h"
 #include "Quillmere/Platform/Linux/Desktop/SqliteDefaults.h"
@@ -22,6 +23,7 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <utility>
@@ -68,6 +70,10 @@ std::unique_ptr<FallbackEventTap> makeWaylandTap(std::unique_ptr<ServiceEventTap
     return std::make_unique<FallbackEventTap>(std::move(service), makeDesktopTap(sources));
 }
 
+std::unique_ptr<Offer> makeExtensionOffer() {
+    return std::make_unique<GnomeExtensionOffer>(QDBusConnection::sessionBus(), GnomeExtensionOffer::standardProgram());
+}
+
 std::unique_ptr<PlatePanel> makePlatePanel(const LinuxSession& session, const Appearance& appearance) {
     auto panel = session.hasWayland ? LayerShellPlatePanel::create(appearance) : nullptr;
     return panel ? std::move(panel) : std::make_unique<X11PlatePanel>();
@@ -90,6 +96,8 @@ Platform makePlatform() {
     } else {
         auto tap = makeWaylandTap(std::move(service), *permissionRequest, *inputSources);
         offers.push_back(std::make_unique<ServiceOffer>(*tap, *permissionRequest));
+        if (std::ranges::find(session.desktops, "GNOME") != session.desktops.end())
+            offers.push_back(makeExtensionOffer());
         eventTap = std::move(tap);
     }
     auto appearance = std::make_unique<PortalAppearance>();
