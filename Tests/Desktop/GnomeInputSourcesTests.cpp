@@ -91,6 +91,10 @@ protected:
         QCoreApplication::processEvents();
         return sources->select({.id = id});
     }
+    /// At the latest when a machine that is busy with others has a moment.
+    bool selects(const std::string& id) {
+        return waitUntil([&] { return select(id) == 0; });
+    }
     bool waitForSource(int index) const {
         return waitUntil([&] { return shell->sourceInUse() == index; });
     }
@@ -98,11 +102,11 @@ protected:
 
     void goThroughTheList(const Ids& all) {
         for (const std::size_t next : {1U, 2U, 0U, 1U}) {
-            EXPECT_EQ(select(all[next]), 0);
+            EXPECT_TRUE(selects(all[next]));
             EXPECT_EQ(sources->currentID(), all[next]);
             EXPECT_TRUE(waitForSource(static_cast<int>(next)));
         }
-        EXPECT_EQ(select(all[1]), 0) << "the current one can be selected again";
+        EXPECT_TRUE(selects(all[1])) << "the current one can be selected again";
         EXPECT_NE(select("xkb:fr"), 0) << "it is not there";
         shell->useSource(2);
         EXPECT_TRUE(waitUntil([&] { return sources->currentID() == all[2]; })) << "whoever has chosen it";
@@ -110,16 +114,16 @@ protected:
     void followTheList() {
         shell->setSources({"xkb:de+neo", "xkb:us", "xkb:fr", "xkb:ua", "xkb:gr"});
         EXPECT_TRUE(waitForIds({"xkb:de+neo", "xkb:us", "xkb:fr", "xkb:ua", "xkb:gr"})) << "more than a keymap holds";
-        EXPECT_EQ(select("xkb:ua"), 0);
+        EXPECT_TRUE(selects("xkb:ua"));
         EXPECT_TRUE(waitForSource(3));
         shell->setSources({"xkb:ua", "xkb:us"});
         EXPECT_TRUE(waitForIds({"xkb:ua", "xkb:us"}));
         EXPECT_NE(select("xkb:fr"), 0);
-        EXPECT_EQ(select("xkb:us"), 0);
+        EXPECT_TRUE(selects("xkb:us"));
         EXPECT_TRUE(waitForSource(1));
         shell->setSources({"xkb:de"});
         EXPECT_TRUE(waitForIds({"xkb:de"}));
-        EXPECT_EQ(select("xkb:de"), 0);
+        EXPECT_TRUE(selects("xkb:de"));
     }
 
     TemporaryFolder folder;
@@ -175,7 +179,7 @@ TEST_F(GnomeInputSourcesTest, AnApplicationOnAStockDesktopTypesInTheNewLayout) {
 TEST_F(GnomeInputSourcesTest, AHelperThatIsKilledInTheMiddleOfASwitchLeavesTheListToTheNext) {
     startStock();
     const std::string before = storedSources();
-    ASSERT_EQ(select("xkb:ua"), 0);
+    ASSERT_TRUE(selects("xkb:ua"));
     const pid_t helper = settings->helper().process();
     std::jthread killer([helper] {
         std::this_thread::sleep_for(20ms);
@@ -183,7 +187,7 @@ TEST_F(GnomeInputSourcesTest, AHelperThatIsKilledInTheMiddleOfASwitchLeavesTheLi
     });
     select("xkb:de");
     EXPECT_TRUE(waitUntil([&] { return storedSources() == before; }));
-    EXPECT_TRUE(waitUntil([&] { return select("xkb:de") == 0; }));
+    EXPECT_TRUE(selects("xkb:de"));
     EXPECT_TRUE(waitForSource(2));
     EXPECT_EQ(storedSources(), before);
 }
@@ -201,8 +205,7 @@ TEST_F(ExtendedGnomeInputSourcesTest, WithTheExtensionEveryLetterAfterASwitchIsI
     constexpr int bursts = 30;
     for (int burst = 0; burst < bursts; ++burst) {
         const bool isUkrainian = burst % 2 == 0;
-        // On a busy machine it may take longer than a switch may.
-        ASSERT_TRUE(waitUntil([&] { return select(isUkrainian ? "xkb:ua" : "xkb:us") == 0; }));
+        ASSERT_TRUE(selects(isUkrainian ? "xkb:ua" : "xkb:us"));
         witness.clear();
         typist.type("+a -a");
         ASSERT_TRUE(waitUntil([&] { return witness.presses(keys::a) == 1; }));
@@ -211,28 +214,28 @@ TEST_F(ExtendedGnomeInputSourcesTest, WithTheExtensionEveryLetterAfterASwitchIsI
 }
 
 TEST_F(ExtendedGnomeInputSourcesTest, AShellThatIsKilledLeavesNothingAndIsTakenUpWhenItIsBack) {
-    ASSERT_EQ(select("xkb:ua"), 0);
+    ASSERT_TRUE(selects("xkb:ua"));
     shell->process().kill();
     EXPECT_TRUE(waitUntil([this] { return !sources->isAvailable(); }));
     EXPECT_EQ(ids(), Ids{});
     EXPECT_NE(select("xkb:de"), 0);
     shell->start();
     EXPECT_TRUE(waitForIds({"xkb:us", "xkb:ua", "xkb:de"}));
-    EXPECT_EQ(select("xkb:de"), 0);
+    EXPECT_TRUE(selects("xkb:de"));
     EXPECT_TRUE(waitForSource(2));
 }
 
 TEST_F(ExtendedGnomeInputSourcesTest, AnExtensionThatIsSwitchedOffGivesWayToTheSettingsAndComesBack) {
     shell->setSetting("org.gnome.shell", "enabled-extensions", "@as []");
     ASSERT_TRUE(waitUntil([this] { return ids().size() == 3 && hasAskedSettings(); }));
-    EXPECT_EQ(select("xkb:ua"), 0);
+    EXPECT_TRUE(selects("xkb:ua"));
     EXPECT_TRUE(waitForSource(1));
     shell->setSetting("org.gnome.shell", "enabled-extensions", std::string("['") + GnomeShell::extensionName + "']");
     EXPECT_TRUE(waitUntil([this] { return select("xkb:de") == 0 && shell->sourceInUse() == 2; }));
 }
 
 TEST_F(ExtendedGnomeInputSourcesTest, AStoppedShellIsWaitedForOnceAndSwitchesAfterwards) {
-    ASSERT_EQ(select("xkb:ua"), 0);
+    ASSERT_TRUE(selects("xkb:ua"));
     shell->process().signal(SIGSTOP);
     ASSERT_TRUE(waitUntil([this] { return shell->process().state() == 'T'; }));
     QCoreApplication::processEvents();
@@ -247,7 +250,7 @@ TEST_F(ExtendedGnomeInputSourcesTest, AStoppedShellIsWaitedForOnceAndSwitchesAft
     EXPECT_LT(std::chrono::steady_clock::now() - start, longestSwitch + allowance);
     shell->process().signal(SIGCONT);
     EXPECT_TRUE(waitUntil([this] { return sources->currentID() == "xkb:ua"; })) << "nothing was switched late";
-    EXPECT_EQ(select("xkb:us"), 0);
+    EXPECT_TRUE(selects("xkb:us"));
     EXPECT_TRUE(waitForSource(0));
 }
 
