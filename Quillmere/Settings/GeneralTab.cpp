@@ -22,11 +22,8 @@ GeneralTab::GeneralTab(ConfigModel& model, AppSettings& settings, bool glassAvai
     scroll->column().addWidget(makeLoginCard(), 0, Qt::AlignHCenter);
     if (settings_.updatesEnabled()) scroll->column().addWidget(makeUpdatesCard(), 0, Qt::AlignHCenter);
     scroll->column().addWidget(new PlateSection(model, glassAvailable));
-    for (const auto& offer : settings_.offers()) {
-        Card* const card = makeOfferCard(*offer);
-        scroll->column().addWidget(card);
-        showWhileOpen(*card, *offer);
-    }
+    for (const auto& offer : settings_.offers())
+        addOffer(*offer, scroll->column());
 
     connect(&settings_, &AppSettings::changed, this, [this] { refresh(); });
     refresh();
@@ -61,20 +58,23 @@ Card* GeneralTab::makeUpdatesCard() {
     return card;
 }
 
-Card* GeneralTab::makeOfferCard(Offer& offer) {
+void GeneralTab::addOffer(Offer& offer, QVBoxLayout& cards) {
     auto* const card = new Card;
     QVBoxLayout* const column = card->makeColumn(10);
-    column->addWidget(new WrappedLabel(offer.text(), TextStyle::caption, Palette::muted()));
-    auto* const accept = new ChipButton(offer.action());
-    column->addWidget(accept, 0, Qt::AlignLeft);
-    connect(accept, &QAbstractButton::clicked, this, [&offer] { offer.accept(); });
-    return card;
-}
-
-void GeneralTab::showWhileOpen(Card& card, const Offer& offer) {
-    const auto update = [&card, &offer] { card.setVisible(offer.isOpen()); };
-    connect(&offer, &Offer::changed, &card, update);
-    connect(&settings_, &AppSettings::changed, &card, update);
+    auto* const line = new WrappedLabel(offer.text(), TextStyle::caption, Palette::muted());
+    column->addWidget(line);
+    if (!offer.action().isEmpty()) {
+        auto* const accept = new ChipButton(offer.action());
+        column->addWidget(accept, 0, Qt::AlignLeft);
+        connect(accept, &QAbstractButton::clicked, this, [&offer] { offer.accept(); });
+    }
+    cards.addWidget(card);
+    const auto update = [card, line, &offer] {
+        line->setText(offer.text());
+        card->setVisible(offer.isOpen());
+    };
+    connect(&offer, &Offer::changed, card, update);
+    connect(&settings_, &AppSettings::changed, card, update);
     update();
 }
 

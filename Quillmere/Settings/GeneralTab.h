@@ -5,6 +5,8 @@
 
 #include <QWidget>
 
+class QVBoxLayout;
+
 namespace quillmere {
 
 class Card;
@@ -20,8 +22,7 @@ public:
 private:
     Card* makeLoginCard();
     Card* makeUpdatesCard();
-    Card* makeOfferCard(Offer& offer);
-    void showWhileOpen(Card& card, const Offer& offer);
+    void addOffer(Offer& offer, QVBoxLayout& cards);
     void refresh();
 
     AppSettings& settings_;

@@ -1,5 +1,8 @@
 #include "Tests/App/FakeSway.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -16,9 +19,16 @@ namespace quillmere {
 namespace {
 
 constexpr std::uint32_t runCommand = 0;
+constexpr std::uint32_t getVersion = 7;
+constexpr std::uint32_t getConfig = 9;
+constexpr std::uint32_t getBindingState = 12;
 constexpr std::uint32_t getInputs = 100;
 constexpr std::uint32_t inputEvent = 0x80000015;
 constexpr std::size_t headerSize = 14;
+
+std::string json(const char* key, const std::string& value) {
+    return QJsonDocument(QJsonObject{{key, QString::fromStdString(value)}}).toJson().toStdString();
+}
 
 bool receiveAll(int client, char* bytes, std::size_t size) {
     while (size > 0) {
@@ -65,6 +75,37 @@ void FakeSway::addEvent(const QByteArray& event) {
     events_ += message(inputEvent, event.toStdString());
 }
 
+void FakeSway::setVersion(int major, int minor) {
+    const std::lock_guard lock(mutex_);
+    version_ = QJsonDocument(QJsonObject{{"major", major}, {"minor", minor}}).toJson();
+}
+
+void FakeSway::setConfiguration(const std::string& text) {
+    const std::lock_guard lock(mutex_);
+    configuration_ = text;
+}
+
+void FakeSway::setMode(const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    mode_ = name;
+}
+
+void FakeSway::setSilent(bool isSilent) {
+    const std::lock_guard lock(mutex_);
+    isSilent_ = isSilent;
+    wake('s');
+}
+
+void FakeSway::announce(const QByteArray& event) {
+    const std::lock_guard lock(mutex_);
+    announcements_ += message(inputEvent, event.toStdString());
+    wake('a');
+}
+
+void FakeSway::wake(char reason) {
+    if (write(wake_[1], &reason, 1) != 1) throw std::runtime_error("the played compositor has ended");
+}
+
 void FakeSway::setPieces(std::size_t pieces) {
     const std::lock_guard lock(mutex_);
     pieces_ = pieces;
@@ -73,7 +114,7 @@ void FakeSway::setPieces(std::size_t pieces) {
 void FakeSway::hangUp() {
     std::unique_lock lock(mutex_);
     hangsUp_ = true;
-    if (write(wake_[1], "h", 1) != 1) throw std::runtime_error("the played compositor has ended");
+    wake('h');
     hungUp_.wait(lock, [this] { return !hangsUp_; });
 }
 
@@ -114,6 +155,12 @@ void FakeSway::run() {
         const bool isNew = all[1].revents != 0;
         closeClients([&](const pollfd& entry) { return std::ranges::find(ended, entry.fd) != ended.end(); });
         const std::lock_guard lock(mutex_);
+        if (!isSilent_)
+            for (const auto& [client, bytes] : std::exchange(heldBack_, {}))
+                send(client, bytes);
+        const std::string announcements = std::exchange(announcements_, {});
+        for (const pollfd& entry : all)
+            if (isClient(entry)) send(entry.fd, announcements);
         if (std::exchange(hangsUp_, false)) {
             closeClients(any);
             hungUp_.notify_one();
@@ -135,13 +182,23 @@ bool FakeSway::serve(int client) {
     std::memcpy(&type, header + 10, sizeof type);
     std::string payload(size, '\0');
     if (!receiveAll(client, payload.data(), size)) return false;
-    send(client, answer(type, payload));
+    const std::string bytes = answer(type, payload);
+    if (!holdBack(client, bytes)) send(client, bytes);
     return true;
+}
+
+bool FakeSway::holdBack(int client, const std::string& bytes) {
+    const std::lock_guard lock(mutex_);
+    if (isSilent_) heldBack_.emplace_back(client, bytes);
+    return isSilent_;
 }
 
 std::string FakeSway::answer(std::uint32_t type, const std::string& payload) {
     const std::lock_guard lock(mutex_);
     if (type == runCommand) commands_.push_back(payload);
+    if (type == getVersion) return message(type, version_.toStdString());
+    if (type == getConfig) return message(type, json("config", configuration_));
+    if (type == getBindingState) return message(type, json("name", mode_));
     if (type != getInputs) return message(type, R"([{"success": true}])");
     const std::string events = std::exchange(events_, {});
     return events + (wireAnswer_.empty() ? message(type, inputs_.toStdString()) : wireAnswer_);

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace quillmere {
@@ -27,6 +28,15 @@ public:
     /// The answer to get_inputs as it goes over the wire, header and all,
     /// until it is empty again.
     void setWireAnswer(const std::string& bytes);
+    /// What it answers to get_version, get_config and get_binding_state; the
+    /// version 1.7, an empty configuration and the mode "default" until then.
+    void setVersion(int major, int minor);
+    void setConfiguration(const std::string& text);
+    void setMode(const std::string& name);
+    /// It keeps its answers to itself until it is silent no more.
+    void setSilent(bool isSilent);
+    /// Sent at once, to whoever is connected.
+    void announce(const QByteArray& event);
     /// Sent in front of the next answer to get_inputs.
     void addEvent(const QByteArray& event);
     /// In how many pieces an answer is sent.
@@ -44,7 +54,10 @@ public:
 
 private:
     void run();
+    void wake(char reason);
     bool serve(int client);
+    /// Whether the answer is kept while it is silent.
+    bool holdBack(int client, const std::string& bytes);
     std::string answer(std::uint32_t type, const std::string& payload);
     void send(int client, const std::string& bytes);
 
@@ -53,8 +66,14 @@ private:
     std::mutex mutex_;
     std::condition_variable hungUp_;
     QByteArray inputs_ = "[]";
+    QByteArray version_ = R"({"major": 1, "minor": 7})";
+    std::string configuration_;
+    std::string mode_ = "default";
     std::string wireAnswer_;
     std::string events_;
+    std::string announcements_;
+    bool isSilent_ = false;
+    std::vector<std::pair<int, std::string>> heldBack_;  ///< for whom, and the answer
     std::size_t pieces_ = 1;
     bool hangsUp_ = false;
     std::vector<std::string> commands_;

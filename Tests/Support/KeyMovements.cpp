@@ -24,6 +24,7 @@ constexpr auto keyNames = std::to_array<Named>({
     {"shift", KEY_LEFTSHIFT},
     {"super", KEY_LEFTMETA},
     {"caps", KEY_CAPSLOCK},
+    {"num", KEY_NUMLOCK},
     {"space", KEY_SPACE},
     {"tab", KEY_TAB},
     {"escape", KEY_ESC},

@@ -13,7 +13,7 @@ struct KeyMovement {
 };
 
 /// Reads a sequence of keys: "+ctrl +alt +space -space -alt -ctrl". The names
-/// are ctrl, alt, shift, super, caps, space, tab, escape and some letters;
+/// are ctrl, alt, shift, super, caps, num, space, tab, escape and some letters;
 /// throws at another.
 std::vector<KeyMovement> keyMovements(std::string_view text);
 

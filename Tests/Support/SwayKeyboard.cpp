@@ -1,13 +1,16 @@
 #include "Tests/Support/SwayKeyboard.h"
 
+#include "Tests/Support/KeyMovements.h"
 #include "Tests/Support/SupportError.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
 
+#include <linux/input-event-codes.h>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <wayland-client.h>
@@ -21,9 +24,12 @@ namespace {
 // each interface as a table.
 
 constexpr std::uint32_t keymapRequest = 0;
+constexpr std::uint32_t keyRequest = 1;
+constexpr std::uint32_t modifiersRequest = 2;
 constexpr std::uint32_t createRequest = 0;
 
-const std::array<wl_message, 1> keyboardRequests{{{"keymap", "uhu", nullptr}}};
+const std::array<wl_message, 3> keyboardRequests{
+    {{"keymap", "uhu", nullptr}, {"key", "uuu", nullptr}, {"modifiers", "uuuu", nullptr}}};
 const wl_interface keyboardInterface{"zwp_virtual_keyboard_v1", 1, static_cast<int>(keyboardRequests.size()),
                                      keyboardRequests.data(),   0, nullptr};
 
@@ -32,6 +38,21 @@ const std::array<wl_message, 1> managerRequests{{{"create_virtual_keyboard", "on
 const wl_interface managerInterface{
     "zwp_virtual_keyboard_manager_v1", 1, static_cast<int>(managerRequests.size()), managerRequests.data(), 0, nullptr};
 
+struct ModifierKey {
+    std::uint32_t code;
+    std::uint32_t bit;  ///< in every keymap of the usual rules
+    bool isLock = false;
+};
+
+constexpr auto modifierKeys = std::to_array<ModifierKey>({
+    {KEY_LEFTSHIFT, 1U << 0},
+    {KEY_CAPSLOCK, 1U << 1, true},
+    {KEY_LEFTCTRL, 1U << 2},
+    {KEY_LEFTALT, 1U << 3},
+    {KEY_NUMLOCK, 1U << 4, true},
+    {KEY_LEFTMETA, 1U << 6},
+});
+
 }  // namespace
 
 struct SwayKeyboard::Client {
@@ -39,6 +60,8 @@ struct SwayKeyboard::Client {
     wl_seat* seat = nullptr;
     wl_proxy* manager = nullptr;
     wl_proxy* keyboard = nullptr;
+    std::uint32_t held = 0;    ///< modifiers
+    std::uint32_t locked = 0;  ///< modifiers
 
     explicit Client(const std::string& name) : display(wl_display_connect(name.c_str())) {
         if (display == nullptr) throw SupportError("no Wayland display " + name, errno);
@@ -65,6 +88,16 @@ struct SwayKeyboard::Client {
         close(descriptor);
     }
 
+    void move(const KeyMovement& key, int layout) {
+        wl_proxy_marshal(keyboard, keyRequest, std::uint32_t{0}, key.code, std::uint32_t{key.isPress});
+        const auto modifier = std::ranges::find(modifierKeys, key.code, &ModifierKey::code);
+        if (modifier == modifierKeys.end()) return;
+        held = key.isPress ? held | modifier->bit : held & ~modifier->bit;
+        if (key.isPress && modifier->isLock) locked ^= modifier->bit;
+        wl_proxy_marshal(keyboard, modifiersRequest, held, std::uint32_t{0}, locked,
+                         static_cast<std::uint32_t>(layout));
+    }
+
     void roundTrip() const {
         if (wl_display_roundtrip(display) < 0) throw SupportError("the Wayland display is gone");
     }
@@ -86,6 +119,12 @@ SwayKeyboard::SwayKeyboard(const std::string& waylandDisplay, const std::string&
 }
 
 SwayKeyboard::~SwayKeyboard() = default;
+
+void SwayKeyboard::type(std::string_view movements, int layout) {
+    for (const KeyMovement& movement : keyMovements(movements))
+        client_->move(movement, layout);
+    client_->roundTrip();
+}
 
 std::string SwayKeyboard::keymap(const std::string& layouts, const std::string& variants) {
     xkb_context* context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);

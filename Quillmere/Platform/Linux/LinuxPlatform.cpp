@@ -15,6 +15,8 @@
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
 #include "Quillmere/Platform/Linux/Tap/ServiceOffer.h"
+#include "Quillmere/Platform/Linux/Tap/Sway/SwayConflicts.h"
+#include "Quillmere/Platform/Linux/Tap/Sway/SwayEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/X11/X11EventTap.h"
 #include "Quillmere/Platform/Linux/Tap/X11FirstEventTap.h"
 #include "Quillmere/Platform/Platform.h"
@@ -50,11 +52,14 @@ std::unique_ptr<EventTap> makeX11Tap() {
                                               [] { return makeServiceTap(serviceStart); });
 }
 
-/// Of those that there may be, the one that switches by itself first.
-std::unique_ptr<EventTap> makeDesktopTap(InputSourceService& sources) {
+/// Of those that there may be, the ones that switch by themselves first.
+std::unique_ptr<EventTap> makeDesktopTap(InputSourceService& sources, std::vector<std::unique_ptr<Offer>>& offers) {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     std::vector<std::unique_ptr<EventTap>> taps;
     taps.push_back(std::make_unique<GnomeEventTap>(bus));
+    auto sway = std::make_unique<SwayEventTap>(LinuxSession::current().swaySocket, sources);
+    offers.push_back(std::make_unique<SwayConflicts>(*sway));
+    taps.push_back(std::move(sway));
     taps.push_back(std::make_unique<KdeEventTap>(bus, sources));
     return std::make_unique<FirstEventTap>(std::move(taps));
 }
@@ -62,12 +67,13 @@ std::unique_ptr<EventTap> makeDesktopTap(InputSourceService& sources) {
 /// The service's where it gives one, else the desktop's own.
 std::unique_ptr<FallbackEventTap> makeWaylandTap(std::unique_ptr<ServiceEventTap> service,
                                                  ServicePermissionRequest& permissionRequest,
-                                                 InputSourceService& sources) {
+                                                 InputSourceService& sources,
+                                                 std::vector<std::unique_ptr<Offer>>& offers) {
     // Or the next probe would only ask, and the one after that find the answer.
     permissionRequest.onGranted = [tap = QPointer(service.get())] {
         if (tap) tap->request();
     };
-    return std::make_unique<FallbackEventTap>(std::move(service), makeDesktopTap(sources));
+    return std::make_unique<FallbackEventTap>(std::move(service), makeDesktopTap(sources, offers));
 }
 
 std::unique_ptr<Offer> makeExtensionOffer() {
@@ -94,7 +100,7 @@ Platform makePlatform() {
     if (session.isX11()) {
         eventTap = makeX11Tap();
     } else {
-        auto tap = makeWaylandTap(std::move(service), *permissionRequest, *inputSources);
+        auto tap = makeWaylandTap(std::move(service), *permissionRequest, *inputSources, offers);
         offers.push_back(std::make_unique<ServiceOffer>(*tap, *permissionRequest));
         if (std::ranges::find(session.desktops, "GNOME") != session.desktops.end())
             offers.push_back(makeExtensionOffer());

@@ -2,6 +2,7 @@
 
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeGlobalShortcuts.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeKeyNames.h"
+#include "Quillmere/Platform/Linux/Tap/Sway/SwayKeyBindings.h"
 #include "Quillmere/Platform/Linux/Tap/X11/X11GrabProbe.h"
 #include "Quillmere/Platform/Linux/Tap/X11/X11KeyMatcher.h"
 #include "Quillmere/Platform/Linux/Tap/X11/X11KeymapReader.h"
@@ -73,6 +74,22 @@ Finding kdeHolders(const std::vector<Shortcut>& shortcuts, const QDBusConnection
         return "free";
     });
     if (isAnyTaken) row.advice = choose;
+    return row;
+}
+
+Finding swayHolders(const std::vector<Shortcut>& shortcuts, const std::string& socket, InputSourceService& sources) {
+    std::optional<SwayReservedKeys> reserved = SwayKeyBindings::reservedAt(socket);
+    if (!reserved) return untoldHolders(shortcuts);
+    std::vector<std::string> layouts;
+    for (const InputSourceRecord& record : sources.sources())
+        layouts.push_back(record.id.value_or(std::string()));
+    bool isAnyTaken = false;
+    Finding row = holders(shortcuts, [&](const Shortcut& shortcut) {
+        if (!reserved->has(shortcut, layouts)) return "not in sway's configuration";
+        isAnyTaken = true;
+        return "sway's own, by its configuration";
+    });
+    if (isAnyTaken) row.advice = "Choose another shortcut, or take this one out of sway's configuration.";
     return row;
 }
 

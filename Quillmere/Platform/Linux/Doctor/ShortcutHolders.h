@@ -6,6 +6,7 @@
 
 #include <QDBusConnection>
 
+#include <string>
 #include <vector>
 
 namespace quillmere {
@@ -16,6 +17,9 @@ Finding x11Holders(const std::vector<Shortcut>& shortcuts);
 
 /// Who has them among KDE's global shortcuts. `sources` are the desktop's.
 Finding kdeHolders(const std::vector<Shortcut>& shortcuts, const QDBusConnection& bus, InputSourceService& sources);
+
+/// Whether sway's own configuration has them. `sources` are the desktop's.
+Finding swayHolders(const std::vector<Shortcut>& shortcuts, const std::string& socket, InputSourceService& sources);
 
 /// Where no desktop tells.
 Finding untoldHolders(const std::vector<Shortcut>& shortcuts);

@@ -54,6 +54,7 @@ Finding waylandTap(const TapChoices& choices) {
     if (choices.service.isGiven()) return {"Tap", "the key-tap service's", {}};
     const std::string reason = "the service comes first, but: " + stateOf(choices.service);
     if (choices.hasGnome) return {"Tap", "GNOME Shell's, through Quillmere's extension, without Fn\n" + reason, {}};
+    if (choices.hasSway) return {"Tap", "sway's key bindings, without Fn\n" + reason, {}};
     if (choices.hasKde) return {"Tap", "KDE's global shortcuts, without Fn\n" + reason, {}};
     return {"Tap", "none: this desktop lends none of its own\n" + reason, adviceOf(choices.service)};
 }
@@ -64,7 +65,7 @@ std::vector<Finding> tapFindings(const TapChoices& choices) {
     const bool isX11 = choices.session.isX11();
     Finding service{.subject = "Service", .state = stateOf(choices.service), .advice = {}};
     // Elsewhere switching works without it.
-    if (!isX11 && !choices.hasGnome && !choices.hasKde)
+    if (!isX11 && !choices.hasDesktops())
         service.advice = adviceOf(choices.service);
     else if (!choices.service.isGiven())
         service.state += " (needed here only for an Fn key that the desktop does not see)";

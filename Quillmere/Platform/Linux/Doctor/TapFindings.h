@@ -14,7 +14,11 @@ struct TapChoices {
     bool hasX11Tap = false;  ///< the X server lends its keyboard
     bool hasGnome = false;   ///< our extension is in GNOME Shell
     bool hasKde = false;     ///< KDE's global shortcuts are there
+    bool hasSway = false;    ///< sway, and it can be given key bindings
     ServiceAccess service;
+
+    /// Whether the desktop itself catches shortcuts.
+    bool hasDesktops() const { return hasGnome || hasKde || hasSway; }
 };
 
 /// Which tap the program takes of these, and why not the ones before it; and how

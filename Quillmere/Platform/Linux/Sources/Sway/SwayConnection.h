@@ -20,7 +20,14 @@ public:
     using Clock = std::chrono::steady_clock;
 
     /// The requests that are made of it, by the protocol's numbers.
-    enum class Request : std::uint32_t { runCommand = 0, subscribe = 2, getVersion = 7, getInputs = 100 };
+    enum class Request : std::uint32_t {
+        runCommand = 0,
+        subscribe = 2,
+        getVersion = 7,
+        getConfig = 9,
+        getBindingState = 12,
+        getInputs = 100,
+    };
 
     struct Message {
         Request type;

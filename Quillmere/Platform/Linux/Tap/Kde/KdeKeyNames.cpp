@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
+#include <memory>
 #include <utility>
 
 #include <xkbcommon/xkbcommon-keysyms.h>
@@ -16,9 +16,6 @@ namespace quillmere {
 
 namespace {
 
-constexpr std::string_view layoutPrefix = "xkb:";
-// As many as a keymap can hold.
-constexpr std::size_t maxLayouts = 4;
 constexpr xkb_keysym_t lastLatin1 = 0xff;
 
 struct Named {
@@ -79,46 +76,14 @@ int modifiersOf(Modifiers modifiers) {
 
 }  // namespace
 
-void KdeKeyNames::Deleter::operator()(xkb_keymap* keymap) const {
-    xkb_keymap_unref(keymap);
-}
-
-KdeKeyNames::KdeKeyNames(const std::vector<std::string>& sourceIDs) {
-    std::string layouts;
-    std::string variants;
-    for (const std::string& id : sourceIDs) {
-        if (!id.starts_with(layoutPrefix) || ids_.size() == maxLayouts) continue;
-        if (!ids_.empty()) {
-            layouts += ',';
-            variants += ',';
-        }
-        const std::string_view name = std::string_view(id).substr(layoutPrefix.size());
-        const std::size_t plus = name.find('+');
-        layouts += name.substr(0, plus);
-        if (plus != std::string_view::npos) variants += name.substr(plus + 1);
-        ids_.push_back(id);
-    }
-    const std::unique_ptr<xkb_context, decltype(&xkb_context_unref)> context(xkb_context_new(XKB_CONTEXT_NO_FLAGS),
-                                                                             xkb_context_unref);
-    if (context == nullptr) return;
-    xkb_context_set_log_level(context.get(), XKB_LOG_LEVEL_CRITICAL);
-    const xkb_rule_names names{.rules = "evdev",
-                               .model = "pc105",
-                               .layout = ids_.empty() ? "us" : layouts.c_str(),
-                               .variant = variants.c_str(),
-                               .options = ""};
-    keymap_.reset(xkb_keymap_new_from_names(context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS));
-}
-
-KdeKeyNames::~KdeKeyNames() = default;
-KdeKeyNames::KdeKeyNames(KdeKeyNames&&) noexcept = default;
-KdeKeyNames& KdeKeyNames::operator=(KdeKeyNames&&) noexcept = default;
+KdeKeyNames::KdeKeyNames(const std::vector<std::string>& sourceIDs) : keymap_(sourceIDs) {}
 
 std::vector<int> KdeKeyNames::names(const Shortcut& shortcut, const std::optional<std::string>& current) const {
     std::vector<int> result;
-    if (keymap_ == nullptr || shortcut.isFnAlone()) return result;
-    const auto found = std::ranges::find(ids_, current);
-    const auto layout = found == ids_.end() ? 0U : static_cast<unsigned int>(found - ids_.begin());
+    if (keymap_.get() == nullptr || shortcut.isFnAlone()) return result;
+    const std::vector<std::string>& ids = keymap_.ids();
+    const auto found = std::ranges::find(ids, current);
+    const auto layout = found == ids.end() ? 0U : static_cast<unsigned int>(found - ids.begin());
     for (const KeyCodes::EvdevCode code : KeyCodes::evdevCodes(shortcut.keyCode)) {
         const std::optional<int> one = name(code, shortcut.modifiers, layout);
         if (one && std::ranges::find(result, *one) == result.end()) result.push_back(*one);

@@ -1,13 +1,11 @@
 #pragma once
 
+#include "Quillmere/Platform/Linux/Tap/LayoutKeymap.h"
 #include "QuillmereCore/Shortcut.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-struct xkb_keymap;
 
 namespace quillmere {
 
@@ -20,9 +18,6 @@ public:
     /// `sourceIDs` are the desktop's layouts in their order ("xkb:us+dvorak");
     /// what is no layout is left out, and none at all is the American one.
     explicit KdeKeyNames(const std::vector<std::string>& sourceIDs);
-    ~KdeKeyNames();
-    KdeKeyNames(KdeKeyNames&&) noexcept;
-    KdeKeyNames& operator=(KdeKeyNames&&) noexcept;
 
     /// The names of a shortcut while this layout is in use (the first one, when
     /// it is not among them): one for each of the keys that it may be pressed
@@ -30,14 +25,9 @@ public:
     std::vector<int> names(const Shortcut& shortcut, const std::optional<std::string>& current) const;
 
 private:
-    struct Deleter {
-        void operator()(xkb_keymap* keymap) const;
-    };
-
     std::optional<int> name(unsigned int evdevCode, Modifiers modifiers, unsigned int layout) const;
 
-    std::vector<std::string> ids_;
-    std::unique_ptr<xkb_keymap, Deleter> keymap_;
+    LayoutKeymap keymap_;
 };
 
 }  // namespace quillmere
