@@ -2,6 +2,7 @@
 
 #include "Quillmere/Controls/MessageLabel.h"
 #include "Quillmere/Settings/ShortcutChip.h"
+#include "Quillmere/Settings/SpelledShortcut.h"
 
 #include <QPointer>
 #include <QVBoxLayout>
@@ -41,8 +42,17 @@ void ShortcutRecorder::setNumber(int number) {
 }
 
 void ShortcutRecorder::refresh() {
+    const QString words = spelled();
     button_->setTitle(title());
-    button_->setAccessibleName(QStringLiteral("Shortcut of group %1: %2").arg(number_).arg(title()));
+    button_->setToolTip(words);
+    button_->setAccessibleName(
+        QStringLiteral("Shortcut of group %1: %2").arg(number_).arg(words.isEmpty() ? title() : words));
+}
+
+QString ShortcutRecorder::spelled() const {
+    const CycleGroup* const group = binding_.group();
+    if (isRecording() || !group || !group->shortcut) return {};
+    return QString::fromStdString(spelledShortcut(*group->shortcut));
 }
 
 QString ShortcutRecorder::title() const {

@@ -36,6 +36,8 @@ private:
     void stop();
     bool isUsedByAnotherGroup(const Shortcut& shortcut) const;
     QString title() const;
+    /// The shortcut in words; empty while none is shown.
+    QString spelled() const;
 
     GroupBinding binding_;
     int number_ = 0;

@@ -1,4 +1,5 @@
 #include "Quillmere/Controls/MessageLabel.h"
+#include "Quillmere/Settings/SpelledShortcut.h"
 #include "Tests/App/SettingsFixture.h"
 
 #include <QAccessible>
@@ -18,6 +19,7 @@ protected:
         const auto messages = shown<MessageLabel>(card(index));
         return messages.empty() ? QString() : messages.front()->text();
     }
+    static QString spelled(const Shortcut& shortcut) { return QString::fromStdString(spelledShortcut(shortcut)); }
     void startRecording(std::size_t index) const { click(recorder(index)); }
 };
 
@@ -234,11 +236,20 @@ TEST_F(ShortcutRecorderTest, SpaceAndReturnPressTheButtonOnTheirRelease) {
 TEST_F(ShortcutRecorderTest, TheButtonSaysWhichGroupsShortcutItIs) {
     open({group({}), group({}, controlOptionK)});
     EXPECT_EQ(recorder(0).accessibleName(), "Shortcut of group 1: Set shortcut");
-    EXPECT_EQ(recorder(1).accessibleName(), "Shortcut of group 2: ⌃⌥K");
+    EXPECT_EQ(recorder(1).accessibleName(), "Shortcut of group 2: " + spelled(controlOptionK));
     startRecording(1);
     EXPECT_EQ(recorder(1).accessibleName(), "Shortcut of group 2: Press shortcut…");
     click(deleteButton(0));
     EXPECT_EQ(recorder(0).accessibleName(), "Shortcut of group 1: Press shortcut…");
+}
+
+TEST_F(ShortcutRecorderTest, TheButtonsTipSpellsTheShortcutThatItShows) {
+    open({group({}), group({}, controlOptionK), group({}, Shortcut::fn)});
+    EXPECT_EQ(recorder(0).toolTip(), "");
+    EXPECT_EQ(recorder(1).toolTip(), spelled(controlOptionK));
+    EXPECT_EQ(recorder(2).toolTip(), "Fn");
+    startRecording(1);
+    EXPECT_EQ(recorder(1).toolTip(), "");
 }
 
 TEST_F(ShortcutRecorderTest, ARejectionIsAnAlertToAssistivePrograms) {

@@ -36,7 +36,7 @@ TEST_P(SettingsLookTest, TheTabsTheRecordingAndItsMessages) {
     ASSERT_NO_FATAL_FAILURE(openMenu("Add source to group 2"));
     keepPicture(pictureName("menu"));
     typist().tap(keys::escape);
-    ASSERT_NO_FATAL_FAILURE(startRecording(2, "⌃⌥K"));
+    ASSERT_NO_FATAL_FAILURE(startRecording(2, "Ctrl+Alt+K"));
     keepPicture(pictureName("recording"));
     typist().tap(keys::a);
     ASSERT_TRUE(waitFor("Add ⌘, ⌥ or ⌃, or press Fn alone"));

@@ -37,7 +37,7 @@ TEST_F(SettingsDesktopTest, AGroupBuiltFromNothingSwitchesAtOnceAndAfterARestart
     ASSERT_TRUE(waitFor("Ukrainian"));
     ASSERT_NO_FATAL_FAILURE(startRecording(1, "Set shortcut"));
     typist().chord(controlAlt, keys::k);
-    ASSERT_TRUE(waitFor(recorderName(1, "⌃⌥K")));
+    ASSERT_TRUE(waitFor(recorderName(1, "Ctrl+Alt+K")));
     EXPECT_TRUE(waitForStored(R"("shortcut":{"keyCode":40,"modifiers":12})"));
     EXPECT_TRUE(waitForStored(R"("sourceIDs":["xkb:us","xkb:ua"])"));
 
@@ -52,7 +52,7 @@ TEST_F(SettingsDesktopTest, AGroupBuiltFromNothingSwitchesAtOnceAndAfterARestart
     typist().chord(controlAlt, keys::k);
     EXPECT_TRUE(waitForGroup(1));
     ASSERT_NO_FATAL_FAILURE(openSettings());
-    EXPECT_TRUE(waitFor(recorderName(1, "⌃⌥K")));
+    EXPECT_TRUE(waitFor(recorderName(1, "Ctrl+Alt+K")));
     EXPECT_TRUE(waitFor("Move Ukrainian up"));
 }
 
@@ -85,14 +85,14 @@ TEST_F(SettingsDesktopTest, ARejectedKeyIsAnnouncedAndTheNextOneMayStillDo) {
         << "the alert does not announce itself";
     keepPicture("recording-invalid");
     typist().chord(std::array{keys::leftSuper}, keys::a);
-    EXPECT_TRUE(waitFor(recorderName(2, "⌘A")));
+    EXPECT_TRUE(waitFor(recorderName(2, "Super+A")));
 }
 
 TEST_F(SettingsDesktopTest, FnAloneIsRecorded) {
     ASSERT_NO_FATAL_FAILURE(openSettingsOverTwoGroups());
     ASSERT_NO_FATAL_FAILURE(startRecording(2, "Set shortcut"));
     typist().tap(keys::fn);
-    ASSERT_TRUE(waitFor(recorderName(2, "🌐 Fn")));
+    ASSERT_TRUE(waitFor(recorderName(2, "Fn")));
     EXPECT_TRUE(waitForStored(R"("shortcut":{"keyCode":63,"modifiers":0})"));
     typist().tap(keys::fn);
     EXPECT_TRUE(waitForGroup(2));
@@ -100,11 +100,11 @@ TEST_F(SettingsDesktopTest, FnAloneIsRecorded) {
 
 TEST_F(SettingsDesktopTest, DeleteRemovesTheShortcutAndEscapeLeavesIt) {
     ASSERT_NO_FATAL_FAILURE(openSettingsOverTwoGroups());
-    ASSERT_NO_FATAL_FAILURE(startRecording(1, "⌃⌥Space"));
+    ASSERT_NO_FATAL_FAILURE(startRecording(1, "Ctrl+Alt+Space"));
     typist().tap(keys::escape);
-    ASSERT_TRUE(waitFor(recorderName(1, "⌃⌥Space")));
+    ASSERT_TRUE(waitFor(recorderName(1, "Ctrl+Alt+Space")));
     EXPECT_TRUE(settingsWindow()) << "Escape closed the window";
-    ASSERT_NO_FATAL_FAILURE(startRecording(1, "⌃⌥Space"));
+    ASSERT_NO_FATAL_FAILURE(startRecording(1, "Ctrl+Alt+Space"));
     typist().tap(backspace);
     ASSERT_TRUE(waitFor(recorderName(1, "Set shortcut")));
     EXPECT_TRUE(waitUntil([&] { return !program().holdsGrab(keys::space, controlAltBits); }));
@@ -113,12 +113,12 @@ TEST_F(SettingsDesktopTest, DeleteRemovesTheShortcutAndEscapeLeavesIt) {
 
 TEST_F(SettingsDesktopTest, AnotherRecorderTakesOver) {
     ASSERT_NO_FATAL_FAILURE(openSettingsOverTwoGroups());
-    ASSERT_NO_FATAL_FAILURE(startRecording(1, "⌃⌥Space"));
+    ASSERT_NO_FATAL_FAILURE(startRecording(1, "Ctrl+Alt+Space"));
     ASSERT_NO_FATAL_FAILURE(startRecording(2, "Set shortcut"));
-    EXPECT_TRUE(accessibility().find(recorderName(1, "⌃⌥Space")));
+    EXPECT_TRUE(accessibility().find(recorderName(1, "Ctrl+Alt+Space")));
     typist().chord(controlAlt, keys::k);
-    EXPECT_TRUE(waitFor(recorderName(2, "⌃⌥K")));
-    EXPECT_TRUE(accessibility().find(recorderName(1, "⌃⌥Space")));
+    EXPECT_TRUE(waitFor(recorderName(2, "Ctrl+Alt+K")));
+    EXPECT_TRUE(accessibility().find(recorderName(1, "Ctrl+Alt+Space")));
 }
 
 TEST_F(SettingsDesktopTest, AfterTheGroupIsRemovedTheNextKeyPasses) {
@@ -267,8 +267,9 @@ TEST_F(SettingsDesktopTest, EverythingIsReachedAndOperatedWithTheKeyboard) {
             return object && object->has(atspi::state::focused);
         });
     };
-    for (const char* const name : {"Layouts", "General", "Active", "Shortcut of group 1: ⌃⌥Space", "Delete group 1",
-                                   "Move English (US) down", "Remove English (US)", "Move Ukrainian up"}) {
+    for (const char* const name :
+         {"Layouts", "General", "Active", "Shortcut of group 1: Ctrl+Alt+Space", "Delete group 1",
+          "Move English (US) down", "Remove English (US)", "Move Ukrainian up"}) {
         typist().tap(keys::tab);
         ASSERT_TRUE(waitForFocus(name)) << name;
     }
@@ -284,7 +285,7 @@ TEST_F(SettingsDesktopTest, AScreenReaderIsToldRolesAndNames) {
     using Names = std::vector<std::string>;
     EXPECT_EQ(accessibility().names(atspi::role::checkBox), Names({"Active"}));
     const Names buttons = accessibility().names(atspi::role::pushButton);
-    for (const char* const name : {"Layouts", "General", "Shortcut of group 1: ⌃⌥Space", "Delete group 1",
+    for (const char* const name : {"Layouts", "General", "Shortcut of group 1: Ctrl+Alt+Space", "Delete group 1",
                                    "Move German up", "Remove Ukrainian", "Shortcut of group 2: Set shortcut"})
         EXPECT_NE(std::ranges::find(buttons, name), buttons.end()) << name;
     EXPECT_EQ(std::ranges::count(buttons, ""), 0) << "a button without a name";
