@@ -5,13 +5,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
+#include <utility>
 
 namespace quillmere::support {
 
 namespace {
 
 bool isAnswer(const std::string& word) {
-    return word == "swallow" || word == "pass" || word == "late";
+    return word == "swallow" || word == "pass" || word == "late" || word == "done";
 }
 
 std::int64_t modifierNamed(const std::string& name) {
@@ -46,7 +47,8 @@ X11TapBench::X11TapBench(const std::vector<std::string>& wishes) {
         const std::string given = answers_.front();
         answers_.pop_front();
         if (given == "late") return FakeVerdicts::Answer::late;
-        return given == "swallow" ? FakeVerdicts::Answer::swallow : FakeVerdicts::Answer::pass;
+        isDone_ = given == "done";
+        return isDone_ || given == "swallow" ? FakeVerdicts::Answer::swallow : FakeVerdicts::Answer::pass;
     };
     for (const std::string& wish : wishes)
         interest.shortcuts.push_back(shortcut(wish));
@@ -202,6 +204,9 @@ void X11TapBench::deliver() {
         const FakeX11Keyboard::Message message = keyboard.inbox.front();
         keyboard.inbox.pop_front();
         dispatch(message);
+        if (!std::exchange(isDone_, false)) continue;
+        interest.everyKey = false;
+        engine.setInterest(interest, now);
     }
     engine.settle();
 }

@@ -17,6 +17,7 @@ namespace quillmere::support {
 /// | +a -a ~a            | the key a is pressed, released, repeated by the server |
 /// | ( ... )             | all of this happens before we read of any of it       |
 /// | swallow, pass, late | the verdict on the press before; one for each asked   |
+/// | done                | swallow, and the recording ends before we read on     |
 /// | enable              | the program takes verdicts again after a late one     |
 /// | want:ctrl+space     | this shortcut is of interest as well                  |
 /// | forget              | no shortcut is of interest any more                   |
@@ -73,6 +74,7 @@ private:
 
     bool isFinished_ = false;
     bool isAway_ = false;
+    bool isDone_ = false;  ///< the program ended the recording as it answered
     std::deque<std::string> answers_;
 };
 

@@ -218,8 +218,9 @@ void X11KeyEngine::grabbedPress(const X11GrabbedKey& key, TimePoint now) {
     const auto verdict = decided_.arrive({.keyCode = key.keyCode, .time = key.time});
     if (isKeptInGrab(key.keyCode)) return keyboard_.keep();
     // Of a fast typist's next letter, pressed before the shortcut is released,
-    // nothing must be lost.
-    if (!matcher_.wantsPress(key.keyCode, key.modifiers)) return replayToClient(now);
+    // nothing must be lost. What is decided already stays so, though the answer
+    // may have ended the interest: the key that ends a recording.
+    if (!verdict && !matcher_.wantsPress(key.keyCode, key.modifiers)) return replayToClient(now);
     const bool isSwallowed =
         (verdict ? *verdict : decide(key.keyCode, key.modifiers, key.time)) == InterceptDecision::swallow;
     swallowed_[key.keyCode] = isSwallowed;
