@@ -117,6 +117,11 @@ void FakeGnome::goOn() {
         answer(message);
 }
 
+void FakeGnome::setTaken(const QStringList& accelerators) {
+    const std::lock_guard lock(mutex_);
+    taken_ = accelerators;
+}
+
 QStringList FakeGnome::armed() const {
     const std::lock_guard lock(mutex_);
     return armed_;
@@ -152,10 +157,7 @@ void FakeGnome::answer(const QDBusMessage& message) {
     if (method == QLatin1String("List")) reply << QVariant::fromValue(QList<Source>(sources_.begin(), sources_.end()));
     if (method == QLatin1String("Activate"))
         reply << activate(arguments.value(0).toString(), arguments.value(1).toString());
-    if (method == QLatin1String("Arm")) {
-        arm(message);
-        reply << QStringList();
-    }
+    if (method == QLatin1String("Arm")) reply << arm(message);
     bus_.send(reply);
 }
 
@@ -167,12 +169,13 @@ bool FakeGnome::activate(const QString& type, const QString& id) {
     return true;
 }
 
-void FakeGnome::arm(const QDBusMessage& message) {
+QStringList FakeGnome::arm(const QDBusMessage& message) {
     ++armCount_;
     tokens_.clear();
     armed_.clear();
     const auto table = message.arguments().value(0).value<QDBusArgument>();
-    if (table.currentSignature() != QLatin1String("a(ssa(ss))")) return;
+    QStringList refused;
+    if (table.currentSignature() != QLatin1String("a(ssa(ss))")) return refused;
     table.beginArray();
     while (!table.atEnd()) {
         QString token;
@@ -182,8 +185,10 @@ void FakeGnome::arm(const QDBusMessage& message) {
         armed_.push_back(accelerator + QStringLiteral(": ") + lineOf(table));
         table.endStructure();
         tokens_.push_back(token);
+        if (taken_.contains(accelerator)) refused.push_back(token);
     }
     table.endArray();
+    return refused;
 }
 
 }  // namespace quillmere

@@ -46,6 +46,8 @@ public:
     void standStill();
     void goOn();
 
+    /// These combinations are somebody else's.
+    void setTaken(const QStringList& accelerators);
     /// What it is armed with, a line for each shortcut:
     /// "<accelerator>: <type> <id>, <type> <id>".
     QStringList armed() const;
@@ -61,7 +63,8 @@ public:
 private:
     void answer(const QDBusMessage& message);
     bool activate(const QString& type, const QString& id);
-    void arm(const QDBusMessage& message);
+    /// Gives the tokens of what is somebody else's.
+    QStringList arm(const QDBusMessage& message);
 
     QThread thread_;
     QDBusConnection bus_;
@@ -74,6 +77,7 @@ private:
     std::vector<QDBusMessage> unanswered_;
     QStringList tokens_;
     QStringList armed_;
+    QStringList taken_;
     std::atomic<int> armCount_ = 0;
 };
 

@@ -113,6 +113,28 @@ TEST_F(GnomeEventTapTest, AGroupThatHasChangedIsArmedAnewAndTheSameOneIsNot) {
     EXPECT_EQ(gnome.armCount(), count + 1);
 }
 
+TEST_F(GnomeEventTapTest, WhatTheShellHasForSomethingElseIsKnown) {
+    gnome.setTaken({QStringLiteral("<Shift><Super>0x2d")});
+    ASSERT_TRUE(start(both));
+    const std::vector theirs{commandShiftK};
+    EXPECT_TRUE(waitUntil([&] { return tap->taken().all() == theirs; }));
+    tap->setInterest({.shortcuts = both.shortcuts, .everyKey = true});
+    ASSERT_TRUE(waitForArmed({}));
+    tap->setInterest(both);
+    ASSERT_TRUE(waitForArmed({first, second}));
+    EXPECT_EQ(tap->taken().all(), theirs) << "a recording changes nothing about it";
+    tap->setInterest({.shortcuts = {controlOptionSpace}});
+    EXPECT_TRUE(waitUntil([&] { return tap->taken().all().empty(); }));
+}
+
+TEST_F(GnomeEventTapTest, OfAnExtensionThatHasGoneNothingIsSaid) {
+    gnome.setTaken({QStringLiteral("<Shift><Super>0x2d")});
+    ASSERT_TRUE(start(both));
+    ASSERT_TRUE(waitUntil([&] { return !tap->taken().all().empty(); }));
+    gnome.disableExtension();
+    EXPECT_TRUE(waitUntil([&] { return tap->taken().all().empty(); }));
+}
+
 TEST_F(GnomeEventTapTest, AnExtensionThatIsBackIsArmedAgain) {
     ASSERT_TRUE(start(both));
     ASSERT_TRUE(waitForArmed({first, second}));

@@ -1,4 +1,6 @@
+#include "Quillmere/Platform/Linux/Tap/Kde/KdeEventTap.h"
 #include "Tests/Desktop/KdeTest.h"
+#include "Tests/Support/FakeInputSourceService.h"
 
 namespace quillmere::support {
 
@@ -86,6 +88,28 @@ TEST_F(KdeTest, AShortcutOfTheUsersOwnStaysTheirs) {
     typist.type(shortcut);
     typist.type("+ctrl +alt +k -k -alt -ctrl");
     EXPECT_TRUE(waitForLayout(1)) << "by the second one alone";
+}
+
+TEST_F(KdeTest, TheTapKnowsWhichShortcutsTheDesktopHasForSomethingElse) {
+    const QStringList theirs{"terminal", "open", "Terminal", "Open"};
+    callShortcuts("doRegister", {theirs});
+    callShortcuts("setShortcut", {theirs, QVariant::fromValue(QList<int>{controlAltSpace}), 6U});
+    ASSERT_EQ(ownerOf(controlAltSpace), "terminal");
+    const Shortcut taken{Shortcut::space, {Modifiers::control, Modifiers::option}};
+    const Shortcut free{40, {Modifiers::control, Modifiers::option}};
+    FakeInputSourceService sources;
+    sources.records = {layout("xkb:us")};
+    KdeEventTap tap(connection, sources);
+    tap.setInterest({.shortcuts = {taken, free}});
+    ASSERT_TRUE(tap.install([](const KeyEventFields&) { return InterceptDecision::pass; }));
+    EXPECT_TRUE(waitUntil([&] { return tap.taken().all() == std::vector{taken}; }));
+    tap.setInterest({.shortcuts = {free}});
+    EXPECT_TRUE(waitUntil([&] { return tap.taken().all().empty(); }));
+    callShortcuts("unregister", {"terminal", "open"});
+    ASSERT_TRUE(waitForOwner(controlAltSpace, ""));
+    tap.setInterest({.shortcuts = {taken, free}});
+    ASSERT_TRUE(waitForOwner(controlAltSpace, "quillmere"));
+    EXPECT_TRUE(tap.taken().all().empty());
 }
 
 TEST_F(KdeTest, TheDoctorKnowsWhoseAShortcutIs) {

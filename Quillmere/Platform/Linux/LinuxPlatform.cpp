@@ -15,7 +15,7 @@
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
 #include "Quillmere/Platform/Linux/Tap/ServiceOffer.h"
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayConflicts.h"
+#include "Quillmere/Platform/Linux/Tap/ShortcutConflicts.h"
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/X11/X11EventTap.h"
 #include "Quillmere/Platform/Linux/Tap/X11FirstEventTap.h"
@@ -56,11 +56,19 @@ std::unique_ptr<EventTap> makeX11Tap() {
 std::unique_ptr<EventTap> makeDesktopTap(InputSourceService& sources, std::vector<std::unique_ptr<Offer>>& offers) {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     std::vector<std::unique_ptr<EventTap>> taps;
-    taps.push_back(std::make_unique<GnomeEventTap>(bus));
-    auto sway = std::make_unique<SwayEventTap>(LinuxSession::current().swaySocket, sources);
-    offers.push_back(std::make_unique<SwayConflicts>(*sway));
-    taps.push_back(std::move(sway));
-    taps.push_back(std::make_unique<KdeEventTap>(bus, sources));
+    const auto add = [&](auto tap, const QString& conflict) {
+        offers.push_back(std::make_unique<ShortcutConflicts>(tap->taken(), conflict));
+        taps.push_back(std::move(tap));
+    };
+    add(std::make_unique<GnomeEventTap>(bus),
+        QStringLiteral("GNOME has %1 for something else, so it does not switch here. Choose another shortcut, or "
+                       "change it in GNOME's settings."));
+    add(std::make_unique<SwayEventTap>(LinuxSession::current().swaySocket, sources),
+        QStringLiteral("sway's own configuration has %1, so it does not switch here. Choose another shortcut, or "
+                       "take it out there."));
+    add(std::make_unique<KdeEventTap>(bus, sources),
+        QStringLiteral("KDE has %1 for something else, so it does not switch here. Choose another shortcut, or "
+                       "change it in the System Settings."));
     return std::make_unique<FirstEventTap>(std::move(taps));
 }
 

@@ -4,6 +4,8 @@
 #include "Quillmere/Platform/Linux/Tap/Gnome/GnomeAccelerators.h"
 
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 
 #include <algorithm>
 #include <utility>
@@ -48,7 +50,8 @@ void GnomeEventTap::listen() {
     bus_.connect(GnomeExtension::name, GnomeExtension::path, GnomeExtension::interface, QStringLiteral("Switched"),
                  this, SLOT(noteSwitched(QString, uint)));
     connect(&extension_, &GnomeExtension::liveChanged, this, [this] {
-        if (extension_.isLive()) send();
+        if (extension_.isLive()) return send();
+        taken_.set({});
     });
 }
 
@@ -90,12 +93,30 @@ void GnomeEventTap::tell() {
 }
 
 /// A combination that is somebody else's stays theirs.
-void GnomeEventTap::send() const {
+void GnomeEventTap::send() {
     QDBusMessage call = QDBusMessage::createMethodCall(GnomeExtension::name, GnomeExtension::path,
                                                        GnomeExtension::interface, QStringLiteral("Arm"));
     call << busValueOf(table_);
     call.setAutoStartService(false);
-    bus_.send(call);
+    auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, table = tables_] {
+        watcher->deleteLater();
+        const QDBusPendingReply<QStringList> reply = *watcher;
+        // Of the present table alone; and while one is recorded it is empty.
+        if (!reply.isError() && table == tables_ && !interest_.everyKey) noteTaken(reply.value());
+    });
+}
+
+void GnomeEventTap::noteTaken(const QStringList& tokens) {
+    std::vector<Shortcut> taken;
+    for (const QString& token : tokens) {
+        const auto found = byToken_.find(token);
+        if (found == byToken_.end()) continue;
+        // A shortcut has as many tokens as there are keys that press it.
+        const Shortcut& shortcut = found->second.shortcut;
+        if (std::ranges::find(taken, shortcut) == taken.end()) taken.push_back(shortcut);
+    }
+    taken_.set(std::move(taken));
 }
 
 void GnomeEventTap::noteSwitched(const QString& token, uint index) {

@@ -3,6 +3,7 @@
 #include "Quillmere/Platform/EventTap.h"
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeExtension.h"
 #include "Quillmere/Platform/Linux/Tap/Gnome/GnomeShortcutTable.h"
+#include "Quillmere/Platform/Linux/Tap/TakenShortcuts.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -38,13 +39,17 @@ public:
     bool deliversAll() const override;
     void arm(const std::vector<ArmedShortcut>& shortcuts) override;
 
+    /// The shortcuts of interest that the shell has for something else.
+    const TakenShortcuts& taken() const { return taken_; }
+
 private slots:
     void noteSwitched(const QString& token, uint index);
 
 private:
     void listen();
     void tell();
-    void send() const;
+    void send();
+    void noteTaken(const QStringList& tokens);
 
     QDBusConnection bus_;
     GnomeExtension extension_;
@@ -55,6 +60,7 @@ private:
     unsigned int tables_ = 0;           ///< how many there have been
     std::vector<GnomeShortcut> table_;  ///< of `told_`
     std::map<QString, ArmedShortcut> byToken_;
+    TakenShortcuts taken_;
 };
 
 }  // namespace quillmere

@@ -47,6 +47,7 @@ bool KdeEventTap::install(Callback callback) {
         shortcuts_ = std::make_unique<KdeGlobalShortcuts>(bus_);
         connect(shortcuts_.get(), &KdeGlobalShortcuts::pressed, this, &KdeEventTap::notePressed);
         connect(shortcuts_.get(), &KdeGlobalShortcuts::released, this, &KdeEventTap::noteReleased);
+        connect(shortcuts_.get(), &KdeGlobalShortcuts::refused, this, &KdeEventTap::noteRefused);
         connect(&desktop_, &BusService::ownedChanged, shortcuts_.get(), [this] {
             if (desktop_.isOwned()) shortcuts_->setAgain();
         });
@@ -94,6 +95,10 @@ void KdeEventTap::tell() {
         }
     }
     shortcuts_->set(wanted);
+    if (interest_.everyKey) return;
+    std::vector<Shortcut> taken = taken_.all();
+    std::erase_if(taken, [this](const Shortcut& shortcut) { return !byName_.contains(nameOf(shortcut)); });
+    taken_.set(std::move(taken));
 }
 
 void KdeEventTap::notePressed(const QString& name) {
@@ -104,6 +109,15 @@ void KdeEventTap::notePressed(const QString& name) {
                .keyCode = found->second.keyCode,
                .autorepeat = isRepeat ? 1 : 0,
                .flags = flagWord(found->second.modifiers)});
+}
+
+void KdeEventTap::noteRefused(const QString& name, bool isRefused) {
+    const auto found = byName_.find(name);
+    if (found == byName_.end()) return;
+    std::vector<Shortcut> taken = taken_.all();
+    std::erase(taken, found->second);
+    if (isRefused) taken.push_back(found->second);
+    taken_.set(std::move(taken));
 }
 
 void KdeEventTap::noteReleased(const QString& name) {

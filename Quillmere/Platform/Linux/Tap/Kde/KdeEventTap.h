@@ -5,6 +5,7 @@
 #include "Quillmere/Platform/Linux/Sources/BusService.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeGlobalShortcuts.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeKeyNames.h"
+#include "Quillmere/Platform/Linux/Tap/TakenShortcuts.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -39,6 +40,9 @@ public:
     /// permission for what does is missing. The other shortcuts work meanwhile.
     bool deliversAll() const override;
 
+    /// The shortcuts of interest that the desktop has for something else.
+    const TakenShortcuts& taken() const { return taken_; }
+
 private slots:
     /// The layout in use, or the list, is another one.
     void nameAnew();
@@ -47,6 +51,7 @@ private:
     void tell();
     void notePressed(const QString& name);
     void noteReleased(const QString& name);
+    void noteRefused(const QString& name, bool isRefused);
 
     QDBusConnection bus_;
     InputSourceService& sources_;
@@ -56,6 +61,7 @@ private:
     std::unique_ptr<KdeGlobalShortcuts> shortcuts_;  ///< once it is installed
     std::map<QString, Shortcut> byName_;
     std::set<QString> held_;
+    TakenShortcuts taken_;
     std::optional<KdeKeyNames> keyNames_;
     std::vector<std::string> namedFor_;  ///< the layouts of the names
 };

@@ -4,8 +4,11 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 #include <QList>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <utility>
@@ -52,6 +55,10 @@ QDBusMessage call(const QString& method, const QVariantList& arguments) {
     message.setArguments(arguments);
     message.setAutoStartService(false);
     return message;
+}
+
+bool hasKey(const KdeKeySequence& sequence) {
+    return sequence.strokes.value(0) != 0;
 }
 
 /// Who a shortcut is to the desktop: program and shortcut, each with its label.
@@ -137,8 +144,17 @@ void KdeGlobalShortcuts::put(const QString& name, const Wanted& wanted) {
     const QStringList id = identity(name, wanted.label);
     bus_.send(call(QStringLiteral("doRegister"), {id}));
     // A combination that is somebody else's is left out by the desktop.
-    bus_.send(
+    const QDBusPendingCall answer = bus_.asyncCall(
         call(QStringLiteral("setShortcutKeys"), {id, QVariant::fromValue(sequences), setPresent | noAutoloading}));
+    auto* const watcher = new QDBusPendingCallWatcher(answer, this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, name, wanted] {
+        watcher->deleteLater();
+        const QDBusPendingReply<QList<KdeKeySequence>> reply = *watcher;
+        const auto now = set_.find(name);
+        if (reply.isError() || now == set_.end() || now->second != wanted) return;
+        const QList<KdeKeySequence> given = reply.value();
+        emit refused(name, std::ranges::none_of(given, hasKey));
+    });
 }
 
 void KdeGlobalShortcuts::remove(const QString& name) {

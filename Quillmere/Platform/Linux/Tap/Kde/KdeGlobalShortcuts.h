@@ -53,6 +53,9 @@ signals:
     void pressed(const QString& name);
     /// It has gone up.
     void released(const QString& name);
+    /// Of all combinations of the shortcut with this name each is somebody
+    /// else's, or no longer so; comes whenever it has been set.
+    void refused(const QString& name, bool isRefused);
 
 private slots:
     void noteLeftovers(const QDBusMessage& names);

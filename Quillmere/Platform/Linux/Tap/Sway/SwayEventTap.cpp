@@ -58,9 +58,7 @@ void SwayEventTap::arm(const std::vector<ArmedShortcut>& shortcuts) {
 /// Binds what is wanted, when that makes a difference.
 void SwayEventTap::tell() {
     if (!isInstalled_) return;
-    const std::vector<Shortcut> before = taken_;
     if (!bindings_->set(wanted()) || isUntold()) again_.start();
-    if (taken_ != before) emit takenChanged();
 }
 
 /// While sway sets its keyboards up it may answer too late to who asks for its
@@ -79,20 +77,23 @@ std::vector<SwayBinding> SwayEventTap::wanted() {
     std::vector<SwayBinding> wanted;
     // While one is recorded the present ones must get to the window, too.
     if (interest_.everyKey) return wanted;
-    taken_.clear();
-    if (interest_.shortcuts.empty()) return wanted;
-    if (!reserved_) reserved_ = bindings_->reserved();
-    if (!reserved_) return wanted;
+    if (!interest_.shortcuts.empty() && !reserved_) reserved_ = bindings_->reserved();
+    if (interest_.shortcuts.empty() || !reserved_) {
+        taken_.set({});
+        return wanted;
+    }
+    std::vector<Shortcut> taken;
     std::vector<std::string> layouts;
     for (const InputSourceRecord& record : sources_.sources())
         layouts.push_back(record.id.value_or(std::string()));
     for (const ArmedShortcut& shortcut : shortcuts_) {
         if (!isWanted(shortcut.shortcut)) continue;
         if (reserved_->has(shortcut.shortcut, layouts))
-            taken_.push_back(shortcut.shortcut);
+            taken.push_back(shortcut.shortcut);
         else
             std::ranges::copy(swayBindings(shortcut, layouts), std::back_inserter(wanted));
     }
+    taken_.set(std::move(taken));
     return wanted;
 }
 

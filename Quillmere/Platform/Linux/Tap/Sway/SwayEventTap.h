@@ -3,6 +3,7 @@
 #include "Quillmere/Platform/EventTap.h"
 #include "Quillmere/Platform/InputSourceService.h"
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayKeyBindings.h"
+#include "Quillmere/Platform/Linux/Tap/TakenShortcuts.h"
 
 #include <QObject>
 #include <QTimer>
@@ -42,11 +43,7 @@ public:
     void arm(const std::vector<ArmedShortcut>& shortcuts) override;
 
     /// The shortcuts of interest that are left to the user's configuration.
-    const std::vector<Shortcut>& taken() const { return taken_; }
-
-signals:
-    /// `taken` has changed.
-    void takenChanged();
+    const TakenShortcuts& taken() const { return taken_; }
 
 private:
     bool open();
@@ -64,7 +61,7 @@ private:
     bool isInstalled_ = false;
     KeyInterest interest_;
     std::vector<ArmedShortcut> shortcuts_;
-    std::vector<Shortcut> taken_;
+    TakenShortcuts taken_;
 };
 
 }  // namespace quillmere
