@@ -2,6 +2,7 @@
 
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/value_stack.hpp>
+#include <boost/system/error_code.hpp>
 
 #include <algorithm>
 #include <charconv>
@@ -17,6 +18,8 @@ namespace quillmere::json {
 namespace {
 
 namespace bj = boost::json;
+// By its own name: newer releases of the library have no other.
+using ErrorCode = boost::system::error_code;
 
 // The double nearest to the number's text; out of range the approximation,
 // which is then an infinity or a zero. Not every standard library can read one
@@ -46,71 +49,71 @@ public:
 
     bj::value release() { return stack_.release(); }
 
-    bool on_document_begin(bj::error_code&) { return true; }
-    bool on_document_end(bj::error_code&) { return true; }
-    bool on_object_begin(bj::error_code&) { return true; }
-    bool on_object_end(std::size_t size, bj::error_code&) {
+    bool on_document_begin(ErrorCode&) { return true; }
+    bool on_document_end(ErrorCode&) { return true; }
+    bool on_object_begin(ErrorCode&) { return true; }
+    bool on_object_end(std::size_t size, ErrorCode&) {
         stack_.push_object(size);
         return true;
     }
-    bool on_array_begin(bj::error_code&) { return true; }
-    bool on_array_end(std::size_t size, bj::error_code&) {
+    bool on_array_begin(ErrorCode&) { return true; }
+    bool on_array_end(std::size_t size, ErrorCode&) {
         stack_.push_array(size);
         return true;
     }
-    bool on_key_part(bj::string_view text, std::size_t, bj::error_code&) {
+    bool on_key_part(bj::string_view text, std::size_t, ErrorCode&) {
         stack_.push_chars(text);
         return true;
     }
-    bool on_key(bj::string_view text, std::size_t, bj::error_code&) {
+    bool on_key(bj::string_view text, std::size_t, ErrorCode&) {
         stack_.push_key(text);
         return true;
     }
-    bool on_string_part(bj::string_view text, std::size_t, bj::error_code&) {
+    bool on_string_part(bj::string_view text, std::size_t, ErrorCode&) {
         stack_.push_chars(text);
         return true;
     }
-    bool on_string(bj::string_view text, std::size_t, bj::error_code&) {
+    bool on_string(bj::string_view text, std::size_t, ErrorCode&) {
         stack_.push_string(text);
         return true;
     }
-    bool on_number_part(bj::string_view text, bj::error_code&) {
+    bool on_number_part(bj::string_view text, ErrorCode&) {
         number_ += text;
         return true;
     }
-    bool on_int64(std::int64_t value, bj::string_view, bj::error_code&) {
+    bool on_int64(std::int64_t value, bj::string_view, ErrorCode&) {
         number_.clear();
         stack_.push_int64(value);
         return true;
     }
-    bool on_uint64(std::uint64_t value, bj::string_view, bj::error_code&) {
+    bool on_uint64(std::uint64_t value, bj::string_view, ErrorCode&) {
         number_.clear();
         stack_.push_uint64(value);
         return true;
     }
-    bool on_double(double approximation, bj::string_view text, bj::error_code&) {
+    bool on_double(double approximation, bj::string_view text, ErrorCode&) {
         number_ += text;
         stack_.push_double(nearest(number_, approximation));
         number_.clear();
         return true;
     }
-    bool on_bool(bool value, bj::error_code&) {
+    bool on_bool(bool value, ErrorCode&) {
         stack_.push_bool(value);
         return true;
     }
-    bool on_null(bj::error_code&) {
+    bool on_null(ErrorCode&) {
         stack_.push_null();
         return true;
     }
-    bool on_comment_part(bj::string_view, bj::error_code&) { return true; }
-    bool on_comment(bj::string_view, bj::error_code&) { return true; }
+    bool on_comment_part(bj::string_view, ErrorCode&) { return true; }
+    bool on_comment(bj::string_view, ErrorCode&) { return true; }
 
 private:
     bj::value_stack stack_;
     std::string number_;  // a number's text when the parser hands it over in pieces
 };
 
-std::optional<bj::value> parseDocument(std::string_view bytes, bj::error_code& error) {
+std::optional<bj::value> parseDocument(std::string_view bytes, ErrorCode& error) {
     bj::parse_options options;
     options.max_depth = maximumDepth;
     bj::basic_parser<Builder> parser(options);
@@ -154,7 +157,7 @@ std::string limitExponents(std::string_view bytes) {
 
 std::optional<bj::value> parse(std::string_view bytes) {
     try {
-        bj::error_code error;
+        ErrorCode error;
         std::optional<bj::value> document = parseDocument(bytes, error);
         if (error == bj::error::exponent_overflow) document = parseDocument(limitExponents(bytes), error = {});
         return document;
