@@ -19,6 +19,7 @@ AppDelegate::AppDelegate(Platform platform)
       updateStore_(*platform_.userDefaults),
       updateAlert_(*platform_.workspace),
       updateChecker_(UpdateChecker::configured(*platform_.bundle)) {
+    model_.setMayHearFn(platform_.keyboards->mayTellOfFn());
     Palette::setDark(platform_.appearance->isDark());
     connect(platform_.appearance.get(), &Appearance::changed, this,
             [this] { Palette::setDark(platform_.appearance->isDark()); });
@@ -38,6 +39,10 @@ void AppDelegate::applicationDidFinishLaunching() {
                                                });
     startInterceptor();
     if (updateSchedule_) updateSchedule_->startUpdateSchedule();
+}
+
+bool AppDelegate::isFirstStart() const {
+    return !model_.isStored() && !updateStore_.isStored() && !platform_.loginItem->isEnabled();
 }
 
 void AppDelegate::toggleActive() {
@@ -60,6 +65,7 @@ void AppDelegate::openSettings() {
                                                            platform_.appearance->hasGlass());
         settingsWindow_->windowWillClose = [this] { windowWillClose(); };
     }
+    model_.setMayHearFn(platform_.keyboards->mayTellOfFn());
     settingsWindow_->open();
     statusItem_->lendKeyEquivalents(*settingsWindow_->window());
 }

@@ -37,6 +37,11 @@ public:
     /// The launch sequence; once, when the event loop is about to run.
     void applicationDidFinishLaunching();
 
+    /// Whether the program has never run before: nothing is stored, nor has the
+    /// user had it started at login. The launch itself stores something, so ask
+    /// before it.
+    bool isFirstStart() const;
+
     /// Flips the master switch and stores it.
     void toggleActive();
 

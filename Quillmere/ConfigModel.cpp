@@ -23,6 +23,15 @@ void ConfigModel::setAvailable(std::vector<SourceInfo> available) {
     emit availableChanged();
 }
 
+void ConfigModel::setMayHearFn(bool may) {
+    if (std::exchange(mayHearFn_, may) != may) emit mayHearFnChanged();
+}
+
+bool ConfigModel::waitsForFnInVain() const {
+    const auto isOnFn = [](const CycleGroup& group) { return group.shortcut && group.shortcut->isFnAlone(); };
+    return !mayHearFn_ && std::ranges::any_of(config_->groups, isOnFn);
+}
+
 void ConfigModel::startRecording(const UUID& group, ShortcutHandler handler) {
     recordingGroup_ = group;
     recorder_ = std::move(handler);

@@ -33,8 +33,17 @@ public:
     /// Replaces and saves, without comparing: each call writes once.
     void setConfig(Config config);
 
+    /// Whether there is a stored one, be it one that cannot be read.
+    bool isStored() const { return store_.isStored(); }
+
     const std::vector<SourceInfo>& available() const { return available_; }
     void setAvailable(std::vector<SourceInfo> available);
+
+    /// Whether a keyboard may tell of Fn; true until it is found otherwise.
+    bool mayHearFn() const { return mayHearFn_; }
+    void setMayHearFn(bool may);
+    /// Whether a group has Fn alone for its shortcut, which no keyboard tells of.
+    bool waitsForFnInVain() const;
 
     /// The group whose shortcut is being recorded.
     const std::optional<UUID>& recordingGroup() const { return recordingGroup_; }
@@ -62,6 +71,7 @@ signals:
     /// with it.
     void configChanged();
     void availableChanged();
+    void mayHearFnChanged();
     void recordingChanged();
 
 private:
@@ -70,6 +80,7 @@ private:
     ConfigStore store_;
     std::vector<SourceInfo> available_;
     std::shared_ptr<const Config> config_;
+    bool mayHearFn_ = true;
     std::optional<UUID> recordingGroup_;
     ShortcutHandler recorder_;
 };

@@ -41,7 +41,10 @@ int main(int argc, char** argv) {
     int status = 0;
     {
         AppDelegate delegate(quillmere::makePlatform());
+        const bool isFirstStart = delegate.isFirstStart();
         delegate.applicationDidFinishLaunching();
+        // Whoever starts it for the first time must see what it does, and how.
+        if (isFirstStart) delegate.openSettings();
         instance->setOnRequest([&delegate](SingleInstance::Request request) { perform(request, delegate); });
         status = QApplication::exec();
         instance->setOnRequest(nullptr);

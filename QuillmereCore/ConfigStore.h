@@ -18,6 +18,9 @@ public:
     /// Never changes what is stored.
     std::optional<Config> load() const;
 
+    /// Whether anything is stored, be it unreadable.
+    bool isStored() const { return defaults_.data(key_).has_value(); }
+
     /// Replaces what is stored; never fails visibly.
     void save(const Config& config);
 

@@ -23,6 +23,10 @@ void UpdateStore::setAutomatic(bool automatic) {
     defaults_.setBoolean(automaticKey, automatic);
 }
 
+bool UpdateStore::isStored() const {
+    return defaults_.boolean(automaticKey).has_value();
+}
+
 std::optional<Date> UpdateStore::lastCheck() const {
     return defaults_.date(lastCheckKey);
 }

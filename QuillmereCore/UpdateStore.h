@@ -17,6 +17,8 @@ public:
     /// Whether to check by itself; true until the user decides.
     bool automatic() const;
     void setAutomatic(bool automatic);
+    /// Whether that is stored: from the first launch on.
+    bool isStored() const;
 
     /// When the last automatic or manual check began; none before the first.
     std::optional<Date> lastCheck() const;

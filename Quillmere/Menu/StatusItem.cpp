@@ -29,12 +29,19 @@ QPoint besideIcon(const QRect& icon, const QSize& menu) {
     return isLow ? icon.topLeft() - QPoint(0, menu.height()) : icon.bottomLeft() + QPoint(0, 1);
 }
 
+QString toolTip(const ConfigModel& model) {
+    const QString name = QStringLiteral("Quillmere");
+    if (!model.waitsForFnInVain()) return name;
+    return name + QStringLiteral("\nThis keyboard does not tell of Fn: choose another shortcut in the settings");
+}
+
 }  // namespace
 
 StatusItem::StatusItem(ConfigModel& model, Appearance& appearance, TrayHost& trayHost, Actions actions)
     : model_(model), appearance_(appearance), trayHost_(trayHost), actions_(std::move(actions)) {
     buildMenu();
     subscription_ = connect(&model_, &ConfigModel::configChanged, this, &StatusItem::updateIcon);
+    connect(&model_, &ConfigModel::mayHearFnChanged, this, &StatusItem::updateIcon);
     connect(&appearance_, &Appearance::changed, this, &StatusItem::updateIcon);
     connect(&trayHost_, &TrayHost::becameAvailable, this, &StatusItem::showInTray);
     if (trayHost_.isAvailable()) showInTray();
@@ -89,7 +96,6 @@ void StatusItem::menuWillOpen() {
 void StatusItem::showInTray() {
     if (icon_) return;
     icon_ = std::make_unique<QSystemTrayIcon>();
-    icon_->setToolTip(QStringLiteral("Quillmere"));
     icon_->setContextMenu(menu_.get());
     if (!trayHost_.isMenuBar()) {
         connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
@@ -108,6 +114,7 @@ void StatusItem::openMenu() const {
 
 void StatusItem::updateIcon() {
     if (!icon_) return;
+    icon_->setToolTip(toolTip(model_));
     const bool dimmed = !model_.config().active;
     icon_->setIcon(trayHost_.isMenuBar()
                        ? StatusIcon::makeTemplate(dimmed)

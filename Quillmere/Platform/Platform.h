@@ -4,6 +4,7 @@
 #include "Quillmere/Platform/Bundle.h"
 #include "Quillmere/Platform/EventTap.h"
 #include "Quillmere/Platform/InputSourceService.h"
+#include "Quillmere/Platform/Keyboards.h"
 #include "Quillmere/Platform/LoginItem.h"
 #include "Quillmere/Platform/MainQueue.h"
 #include "Quillmere/Platform/Offer.h"
@@ -26,6 +27,7 @@ struct Platform {
     std::unique_ptr<UserDefaults> userDefaults;
     std::unique_ptr<InputSourceService> inputSources;
     std::unique_ptr<EventTap> eventTap;
+    std::unique_ptr<Keyboards> keyboards;
     std::unique_ptr<PlatePanel> platePanel;
     std::unique_ptr<Appearance> appearance;
     std::unique_ptr<TrayHost> trayHost;

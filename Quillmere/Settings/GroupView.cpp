@@ -2,6 +2,8 @@
 
 #include "Quillmere/Controls/IconButton.h"
 #include "Quillmere/Controls/MenuButton.h"
+#include "Quillmere/Controls/WrappedLabel.h"
+#include "Quillmere/Palette.h"
 #include "Quillmere/Settings/ShortcutChip.h"
 #include "Quillmere/Settings/ShortcutRecorder.h"
 #include "Quillmere/Settings/SourceRow.h"
@@ -21,11 +23,15 @@ GroupView::GroupView(const GroupBinding& binding, std::function<void()> onDelete
       binding_(binding),
       shown_{.id = binding.key().id, .shortcut = std::nullopt, .sourceIDs = {}},
       recorder_(new ShortcutRecorder(binding, this)),
+      fnHint_(new WrappedLabel(
+          QStringLiteral("This keyboard does not tell of Fn: press the chip and choose another shortcut"),
+          TextStyle::caption, Palette::muted(), this)),
       delete_(new IconButton(Icon::trash, {}, this)),
       add_(new MenuButton(QStringLiteral("Add source ▾"), [this](QMenu& menu) { fillMenu(menu); }, this)) {
     layOut();
     connect(delete_, &QAbstractButton::clicked, this, std::move(onDelete));
     connect(&binding_.model(), &ConfigModel::availableChanged, this, [this] { refresh(); });
+    connect(&binding_.model(), &ConfigModel::mayHearFnChanged, this, [this] { refresh(); });
 }
 
 void GroupView::layOut() {
@@ -38,6 +44,7 @@ void GroupView::layOut() {
     rowColumn_->setSpacing(2);
     QVBoxLayout* const column = makeColumn(8);
     column->addLayout(header);
+    column->addWidget(fnHint_);
     column->addLayout(rowColumn_);
     column->addWidget(add_);
 }
@@ -51,6 +58,8 @@ void GroupView::showGroup(const CycleGroup& group, int number) {
 
 void GroupView::refresh() {
     recorder_->setNumber(number_);
+    const bool isOnFn = shown_.shortcut && shown_.shortcut->isFnAlone();
+    fnHint_->setVisible(isOnFn && !binding_.model().mayHearFn());
     delete_->setAccessibleName(QStringLiteral("Delete group %1").arg(number_));
     add_->setAccessibleName(QStringLiteral("Add source to group %1").arg(number_));
     add_->setEnabled(!candidates().empty());

@@ -16,6 +16,7 @@ class IconButton;
 class MenuButton;
 class ShortcutRecorder;
 class SourceRow;
+class WrappedLabel;
 
 /// The card that edits one group in place. Its rows are kept and shown anew
 /// rather than made anew, so that an edit redraws what it changed. Main thread
@@ -50,6 +51,7 @@ private:
     CycleGroup shown_;
     int number_ = 0;
     ShortcutRecorder* recorder_;
+    WrappedLabel* fnHint_;  ///< why a press of Fn does nothing
     IconButton* delete_;
     QVBoxLayout* rowColumn_ = nullptr;
     std::vector<SourceRow*> rows_;

@@ -4,6 +4,8 @@
 #include "Quillmere/Controls/IconButton.h"
 #include "Quillmere/Controls/PaletteScrollArea.h"
 #include "Quillmere/Controls/SwitchControl.h"
+#include "Quillmere/Controls/WrappedLabel.h"
+#include "Quillmere/Palette.h"
 #include "Quillmere/Settings/GroupView.h"
 
 #include <QVBoxLayout>
@@ -30,12 +32,14 @@ LayoutsTab::LayoutsTab(ConfigModel& model, QWidget* parent)
     : QWidget(parent),
       model_(model),
       active_(new SwitchControl(QStringLiteral("Active"), this)),
+      hint_(new WrappedLabel({}, TextStyle::caption, Palette::muted(), this)),
       scroll_(new PaletteScrollArea(12, this)),
       addGroup_(new ChipButton(QStringLiteral("Add group"), {}, this)) {
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(16);
     column->addWidget(active_);
+    column->addWidget(hint_);
     column->addWidget(scroll_, 1);
     column->addWidget(addGroup_);
 
@@ -46,7 +50,9 @@ LayoutsTab::LayoutsTab(ConfigModel& model, QWidget* parent)
     });
     connect(addGroup_, &QAbstractButton::clicked, this, [this] { addGroup(); });
     connect(&model_, &ConfigModel::configChanged, this, [this] { refresh(); });
+    connect(&model_, &ConfigModel::availableChanged, this, [this] { showHint(); });
     refresh();
+    showHint();
 }
 
 void LayoutsTab::refresh() {
@@ -56,6 +62,15 @@ void LayoutsTab::refresh() {
     if (!std::ranges::equal(cards_, keys, {}, &GroupView::key)) updateCards(keys);
     for (std::size_t i = 0; i < cards_.size(); ++i)
         cards_[i]->showGroup(config.groups[i], static_cast<int>(i) + 1);
+}
+
+void LayoutsTab::showHint() {
+    const std::size_t count = model_.available().size();
+    hint_->setText(count == 0
+                       ? QStringLiteral("No layouts found. Add some in the keyboard settings of this system.")
+                       : QStringLiteral("There is only one layout here, so nothing to switch to. Add another in the "
+                                        "keyboard settings of this system."));
+    hint_->setVisible(count < 2);
 }
 
 void LayoutsTab::updateCards(const std::vector<GroupKey>& keys) {

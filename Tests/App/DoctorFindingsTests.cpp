@@ -4,6 +4,7 @@
 #include "Quillmere/Platform/Linux/Doctor/ShortcutHolders.h"
 #include "Quillmere/Platform/Linux/Doctor/StoreFinding.h"
 #include "Quillmere/Platform/Linux/Doctor/TapFindings.h"
+#include "Quillmere/Platform/Linux/KernelKeyboards.h"
 #include "Tests/Support/ConfigurationText.h"
 #include "Tests/Support/Environment.h"
 #include "Tests/Support/SessionBus.h"
@@ -118,6 +119,15 @@ TEST(FnKeyboardsTest, EachKeyboardIsSaidToTellOfFnOrNot) {
     const Finding seen = fnFinding(devices, FnSight::every);
     EXPECT_EQ(seen.state, "Plain: keeps Fn to itself\nLaptop: can tell of Fn\nNew: can tell of Fn");
     EXPECT_EQ(seen.advice, "");
+}
+
+TEST(FnKeyboardsTest, AKeyboardKnowsWhetherItTellsOfFnInAnyForm) {
+    const auto keyboards =
+        kernelKeyboards(device("Plain", letters) + device("Laptop", wakeUp) + device("New", fnItself));
+    ASSERT_EQ(keyboards.size(), 3);
+    EXPECT_FALSE(keyboards[0].tellsOfFn());
+    EXPECT_TRUE(keyboards[1].tellsOfFn());
+    EXPECT_TRUE(keyboards[2].tellsOfFn());
 }
 
 TEST(FnKeyboardsTest, ATapThatMissesTheFormOfFnSaysSo) {

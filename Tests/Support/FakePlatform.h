@@ -5,6 +5,7 @@
 #include "Tests/Support/FakeBundle.h"
 #include "Tests/Support/FakeEventTap.h"
 #include "Tests/Support/FakeInputSourceService.h"
+#include "Tests/Support/FakeKeyboards.h"
 #include "Tests/Support/FakeLoginItem.h"
 #include "Tests/Support/FakePermissionRequest.h"
 #include "Tests/Support/FakePlatePanel.h"
@@ -39,6 +40,7 @@ public:
     MemoryDefaults& defaults = make<MemoryDefaults>(platform_.userDefaults);
     FakeInputSourceService& inputSources = make<FakeInputSourceService>(platform_.inputSources);
     FakeEventTap& tap = make<FakeEventTap>(platform_.eventTap);
+    FakeKeyboards& keyboards = make<FakeKeyboards>(platform_.keyboards);
     FakePlatePanel& panel = make<FakePlatePanel>(platform_.platePanel);
     FakeAppearance& appearance = make<FakeAppearance>(platform_.appearance);
     FakeTrayHost& trayHost = make<FakeTrayHost>(platform_.trayHost);

@@ -1,9 +1,11 @@
 #include "Quillmere/Platform/Linux/Desktop/DesktopLoginItem.h"
 #include "Quillmere/Platform/Linux/Desktop/Gnome/GnomeExtensionOffer.h"
 #include "Quillmere/Platform/Linux/Desktop/InfoBundle.h"
+#include "Quillmere/Platform/Linux/Desktop/MissingTray.h"
 #include "Quillmere/Platform/Linux/Desktop/PortalAppearance.h"
 #include "Quillmere/Platform/Linux/Desktop/SqliteDefaults.h"
 #include "Quillmere/Platform/Linux/Desktop/StatusNotifierHost.h"
+#include "Quillmere/Platform/Linux/KernelKeyboards.h"
 #include "Quillmere/Platform/Linux/LinuxSession.h"
 #include "Quillmere/Platform/Linux/Plate/LayerShellPlatePanel.h"
 #include "Quillmere/Platform/Linux/Plate/X11PlatePanel.h"
@@ -104,7 +106,9 @@ Platform makePlatform() {
     auto service = session.isX11() ? nullptr : makeServiceTap(serviceWait);
     auto inputSources = makeLinuxInputSources();
     std::unique_ptr<EventTap> eventTap;
+    auto trayHost = std::make_unique<StatusNotifierHost>();
     std::vector<std::unique_ptr<Offer>> offers;
+    offers.push_back(std::make_unique<MissingTray>(*trayHost));
     if (session.isX11()) {
         eventTap = makeX11Tap();
     } else {
@@ -121,9 +125,10 @@ Platform makePlatform() {
         .userDefaults = std::make_unique<SqliteDefaults>(SqliteDefaults::standardFile()),
         .inputSources = std::move(inputSources),
         .eventTap = std::move(eventTap),
+        .keyboards = std::make_unique<KernelKeyboards>(),
         .platePanel = std::move(platePanel),
         .appearance = std::move(appearance),
-        .trayHost = std::make_unique<StatusNotifierHost>(),
+        .trayHost = std::move(trayHost),
         .loginItem = std::make_unique<DesktopLoginItem>(),
         .bundle = std::make_unique<InfoBundle>(),
         .workspace = std::move(workspace),

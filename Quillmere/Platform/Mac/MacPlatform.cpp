@@ -1,4 +1,5 @@
 #include "Quillmere/Platform/Mac/InfoDictionary.h"
+#include "Quillmere/Platform/Mac/MacKeyboards.h"
 #include "Quillmere/Platform/Mac/MacWorkspace.h"
 #include "Quillmere/Platform/Mac/MenuBarTrayHost.h"
 #include "Quillmere/Platform/Mac/NativePlatePanel.h"
@@ -23,6 +24,7 @@ Platform makePlatform() {
         .userDefaults = std::make_unique<PreferencesDefaults>(),
         .inputSources = std::make_unique<TextInputSources>(),
         .eventTap = std::make_unique<QuartzEventTap>(),
+        .keyboards = std::make_unique<MacKeyboards>(),
         .platePanel = std::make_unique<NativePlatePanel>(),
         .appearance = std::make_unique<SystemAppearance>(),
         .trayHost = std::make_unique<MenuBarTrayHost>(),

@@ -7,6 +7,7 @@
 #include "Quillmere/Platform/Linux/Doctor/ShortcutHolders.h"
 #include "Quillmere/Platform/Linux/Doctor/StoreFinding.h"
 #include "Quillmere/Platform/Linux/Doctor/TapFindings.h"
+#include "Quillmere/Platform/Linux/KernelKeyboards.h"
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeExtension.h"
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeGlobalShortcuts.h"
@@ -18,8 +19,6 @@
 #include <QTimer>
 
 #include <chrono>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace quillmere {
@@ -36,11 +35,6 @@ void waitFor(Condition condition, std::chrono::milliseconds patience) {
     alarm.start(patience);
     while (!condition() && !deadline.hasExpired())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}
-
-std::string content(const char* path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 Finding trayFinding() {
@@ -91,7 +85,7 @@ std::vector<Finding> LinuxExamination::keyboard(const std::vector<Shortcut>& sho
     std::vector<Finding> rows = tapFindings(choices);
     rows.push_back(holders(choices, shortcuts));
     const FnSight sight = choices.service.isGiven() ? FnSight::every : session_.isX11() ? FnSight::x11 : FnSight::none;
-    rows.push_back(fnFinding(content("/proc/bus/input/devices"), sight));
+    rows.push_back(fnFinding(kernelInputDevices(), sight));
     return rows;
 }
 
