@@ -31,11 +31,11 @@ using Kind = ServiceAccess::Kind;
 // The tap
 
 LinuxSession onX11() {
-    return {.hasWayland = false, .hasX11 = true, .swaySocket = {}, .desktops = {}};
+    return {.hasWayland = false, .hasX11 = true, .swaySocket = {}, .hyprlandFolder = {}, .desktops = {}};
 }
 
 LinuxSession onWayland() {
-    return {.hasWayland = true, .hasX11 = true, .swaySocket = {}, .desktops = {}};
+    return {.hasWayland = true, .hasX11 = true, .swaySocket = {}, .hyprlandFolder = {}, .desktops = {}};
 }
 
 TEST(TapFindingsTest, SayWhichTapIsTakenAndWhatItLacks) {
@@ -220,7 +220,7 @@ TEST_F(BusFindingsTest, AServiceThatNobodyOffersIsMissing) {
 }
 
 TEST_F(BusFindingsTest, ADesktopIsNamedWithWhatShowsItsWindows) {
-    const LinuxSession sway{.hasWayland = true, .hasX11 = false, .swaySocket = {}, .desktops = {"sway", "wlroots"}};
+    const LinuxSession sway{.hasWayland = true, .hasX11 = false, .swaySocket = {}, .hyprlandFolder = {}, .desktops = {"sway", "wlroots"}};
     const Finding finding = desktopFinding(sway, connection);
     EXPECT_EQ(finding.state, "sway:wlroots, on Wayland, without Xwayland");
     EXPECT_NE(finding.advice.find("xwayland"), std::string::npos);

@@ -1,7 +1,9 @@
 #include "Quillmere/Platform/Linux/LinuxSession.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <sstream>
+#include <system_error>
 
 namespace quillmere {
 
@@ -21,6 +23,15 @@ std::vector<std::string> parts(const std::string& list) {
     return result;
 }
 
+/// Below the user's folder for what runs; before version 0.40 it was another.
+std::string folderOfHyprland() {
+    const std::string instance = variable("HYPRLAND_INSTANCE_SIGNATURE");
+    if (instance.empty()) return {};
+    const std::filesystem::path folder = std::filesystem::path(variable("XDG_RUNTIME_DIR")) / "hypr" / instance;
+    std::error_code ignored;
+    return std::filesystem::exists(folder, ignored) ? folder.string() : "/tmp/hypr/" + instance;
+}
+
 }  // namespace
 
 LinuxSession LinuxSession::current() {
@@ -28,6 +39,7 @@ LinuxSession LinuxSession::current() {
         .hasWayland = !variable("WAYLAND_DISPLAY").empty(),
         .hasX11 = !variable("DISPLAY").empty(),
         .swaySocket = variable("SWAYSOCK"),
+        .hyprlandFolder = folderOfHyprland(),
         .desktops = parts(variable("XDG_CURRENT_DESKTOP")),
     };
 }

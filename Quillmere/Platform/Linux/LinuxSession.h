@@ -20,6 +20,10 @@ struct LinuxSession {
     /// The socket for commands of sway and its like (SWAYSOCK); empty elsewhere.
     std::string swaySocket;
 
+    /// The folder of the sockets of the running Hyprland
+    /// (HYPRLAND_INSTANCE_SIGNATURE); empty elsewhere.
+    std::string hyprlandFolder;
+
     /// The names of the desktop, the closest first, as "ubuntu", "GNOME"
     /// (XDG_CURRENT_DESKTOP); empty where the desktop gives none.
     std::vector<std::string> desktops;

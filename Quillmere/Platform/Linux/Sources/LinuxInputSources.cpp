@@ -1,6 +1,7 @@
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
 
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeInputSources.h"
+#include "Quillmere/Platform/Linux/Sources/Hyprland/HyprlandInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Kde/KdeInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Xkb/XkbInputSources.h"
@@ -51,6 +52,7 @@ std::unique_ptr<InputSourceService> makeLinuxInputSources() {
     // KDE have the last word about their layouts on one.
     kinds.push_back(GnomeInputSources::create());
     kinds.push_back(SwayInputSources::create());
+    kinds.push_back(HyprlandInputSources::create());
     kinds.push_back(KdeInputSources::create());
     kinds.push_back(XkbInputSources::create());
     return std::make_unique<LinuxInputSources>(std::move(kinds));

@@ -1,8 +1,9 @@
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayConnection.h"
 
+#include "Quillmere/Platform/Linux/Sources/LocalSocket.h"
+
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -53,15 +54,9 @@ std::string encoded(std::span<const SwayConnection::Message> messages) {
 }  // namespace
 
 std::unique_ptr<SwayConnection> SwayConnection::open(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.empty() || path.size() >= sizeof address.sun_path) return nullptr;
-    path.copy(address.sun_path, path.size());
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const int descriptor = localSocket::open(path);
     if (descriptor < 0) return nullptr;
-    std::unique_ptr<SwayConnection> connection(new SwayConnection(descriptor));
-    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return nullptr;
-    return connection;
+    return std::unique_ptr<SwayConnection>(new SwayConnection(descriptor));
 }
 
 SwayConnection::~SwayConnection() {
@@ -74,7 +69,7 @@ std::optional<std::vector<QByteArray>> SwayConnection::exchange(std::span<const 
     if (isLost_ || overdue_ > 0) return std::nullopt;
     replies_.clear();
     if (!send(messages, deadline)) return std::nullopt;
-    while (replies_.size() < messages.size() && !isLost_ && waitFor(POLLIN, deadline))
+    while (replies_.size() < messages.size() && !isLost_ && localSocket::waitFor(descriptor_, POLLIN, deadline))
         receive();
     if (replies_.size() == messages.size()) return std::exchange(replies_, {});
     overdue_ = messages.size() - replies_.size();
@@ -88,24 +83,12 @@ bool SwayConnection::send(std::span<const Message> messages, Clock::time_point d
         const ssize_t count = ::send(descriptor_, rest.data(), rest.size(), MSG_NOSIGNAL);
         if (count > 0) rest.remove_prefix(static_cast<std::size_t>(count));
         if (count >= 0 || errno == EINTR) continue;
-        if (errno == EAGAIN && waitFor(POLLOUT, deadline)) continue;
+        if (errno == EAGAIN && localSocket::waitFor(descriptor_, POLLOUT, deadline)) continue;
         // Half a message is on its way: nothing that follows would be understood.
         isLost_ = true;
         return false;
     }
     return true;
-}
-
-/// False when the deadline has passed.
-bool SwayConnection::waitFor(short events, Clock::time_point deadline) {
-    for (;;) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        if (left.count() <= 0) return false;
-        pollfd entry{.fd = descriptor_, .events = events, .revents = 0};
-        const int count = poll(&entry, 1, static_cast<int>(left.count()));
-        if (count > 0) return true;
-        if (count < 0 && errno != EINTR) return false;
-    }
 }
 
 void SwayConnection::receive() {

@@ -62,7 +62,6 @@ private:
     explicit SwayConnection(int descriptor) : descriptor_(descriptor) {}
 
     bool send(std::span<const Message> messages, Clock::time_point deadline);
-    bool waitFor(short events, Clock::time_point deadline);
     void takeMessages();
     void sortIn(std::uint32_t type, QByteArray payload);
 
