@@ -67,6 +67,10 @@ TEST(TapFindingsTest, SayWhichTapIsTakenAndWhatItLacks) {
          {.session = onWayland(), .hasSway = true, .service = {Kind::missing, {}}},
          "sway's key bindings, without Fn\nthe service comes first, but: not installed",
          false},
+        {"Hyprland, since the service is not there",
+         {.session = onWayland(), .hasHyprland = true, .service = {Kind::missing, {}}},
+         "Hyprland's binds, without Fn\nthe service comes first, but: not installed",
+         false},
         {"GNOME with the extension",
          {.session = onWayland(), .hasGnome = true, .service = {Kind::missing, {}}},
          "GNOME Shell's, through Quillmere's extension, without Fn\nthe service comes first, but: not installed",
@@ -220,7 +224,8 @@ TEST_F(BusFindingsTest, AServiceThatNobodyOffersIsMissing) {
 }
 
 TEST_F(BusFindingsTest, ADesktopIsNamedWithWhatShowsItsWindows) {
-    const LinuxSession sway{.hasWayland = true, .hasX11 = false, .swaySocket = {}, .hyprlandFolder = {}, .desktops = {"sway", "wlroots"}};
+    const LinuxSession sway{
+        .hasWayland = true, .hasX11 = false, .swaySocket = {}, .hyprlandFolder = {}, .desktops = {"sway", "wlroots"}};
     const Finding finding = desktopFinding(sway, connection);
     EXPECT_EQ(finding.state, "sway:wlroots, on Wayland, without Xwayland");
     EXPECT_NE(finding.advice.find("xwayland"), std::string::npos);

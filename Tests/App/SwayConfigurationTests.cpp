@@ -1,4 +1,5 @@
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayReservedKeys.h"
+#include "Quillmere/Platform/Linux/Tap/ReservedKeys.h"
+#include "Quillmere/Platform/Linux/Tap/Sway/SwayConfiguration.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +28,7 @@ struct Case {
 class SwayConfigurationTest : public testing::TestWithParam<Case> {};
 
 TEST_P(SwayConfigurationTest, SaysWhichShortcutsAreTheUsersOwn) {
-    SwayReservedKeys keys(SwayConfiguration::combinations(GetParam().text, "/nowhere/config"));
+    ReservedKeys keys(SwayConfiguration::combinations(GetParam().text, "/nowhere/config"));
     EXPECT_EQ(keys.has(GetParam().shortcut, {"xkb:us", "xkb:ua", "xkb:fr"}), GetParam().isTaken);
 }
 
@@ -70,7 +71,7 @@ INSTANTIATE_TEST_SUITE_P(
 class SwayIncludeTest : public testing::Test {
 protected:
     bool isTaken(const std::string& text) const {
-        SwayReservedKeys keys(SwayConfiguration::combinations(text, folder.path() / "config"));
+        ReservedKeys keys(SwayConfiguration::combinations(text, folder.path() / "config"));
         return keys.has({space, controlOption}, {"xkb:us"});
     }
     void write(const char* name, const std::string& text) const {

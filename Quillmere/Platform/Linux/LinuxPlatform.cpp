@@ -13,6 +13,7 @@
 #include "Quillmere/Platform/Linux/Tap/FallbackEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/FirstEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Gnome/GnomeEventTap.h"
+#include "Quillmere/Platform/Linux/Tap/Hyprland/HyprlandEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 #include "Quillmere/Platform/Linux/Tap/Service/ServicePermissionRequest.h"
@@ -68,6 +69,9 @@ std::unique_ptr<EventTap> makeDesktopTap(InputSourceService& sources, std::vecto
     add(std::make_unique<SwayEventTap>(LinuxSession::current().swaySocket, sources),
         QStringLiteral("sway's own configuration has %1, so it does not switch here. Choose another shortcut, or "
                        "take it out there."));
+    add(std::make_unique<HyprlandEventTap>(LinuxSession::current().hyprlandFolder, sources),
+        QStringLiteral("Hyprland has a bind of your own on %1, so it does not switch here. Choose another shortcut, or "
+                       "take the bind out of Hyprland's configuration."));
     add(std::make_unique<KdeEventTap>(bus, sources),
         QStringLiteral("KDE has %1 for something else, so it does not switch here. Choose another shortcut, or "
                        "change it in the System Settings."));

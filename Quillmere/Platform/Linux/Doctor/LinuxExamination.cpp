@@ -10,6 +10,7 @@
 #include "Quillmere/Platform/Linux/KernelKeyboards.h"
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeExtension.h"
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
+#include "Quillmere/Platform/Linux/Tap/Hyprland/HyprlandKeyBinds.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeGlobalShortcuts.h"
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayKeyBindings.h"
 #include "Quillmere/Platform/Linux/X11/X11Connection.h"
@@ -81,6 +82,7 @@ std::vector<Finding> LinuxExamination::keyboard(const std::vector<Shortcut>& sho
                              .hasGnome = isOnBus(bus_, GnomeExtension::name),
                              .hasKde = !session_.isX11() && KdeGlobalShortcuts::areThere(bus_),
                              .hasSway = !session_.isX11() && SwayKeyBindings::reservedAt(session_.swaySocket),
+                             .hasHyprland = !session_.isX11() && HyprlandKeyBinds::reservedAt(session_.hyprlandFolder),
                              .service = ServiceAccess::asked(QDBusConnection::systemBus())};
     std::vector<Finding> rows = tapFindings(choices);
     rows.push_back(holders(choices, shortcuts));
@@ -92,6 +94,7 @@ std::vector<Finding> LinuxExamination::keyboard(const std::vector<Shortcut>& sho
 Finding LinuxExamination::holders(const TapChoices& choices, const std::vector<Shortcut>& shortcuts) {
     if (choices.hasX11Tap) return x11Holders(shortcuts);
     if (choices.hasSway) return swayHolders(shortcuts, session_.swaySocket, *inputSources_);
+    if (choices.hasHyprland) return hyprlandHolders(shortcuts, session_.hyprlandFolder, *inputSources_);
     if (choices.hasKde) return kdeHolders(shortcuts, bus_, *inputSources_);
     return untoldHolders(shortcuts);
 }

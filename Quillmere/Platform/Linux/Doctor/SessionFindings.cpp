@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/Doctor/SessionFindings.h"
 
+#include "Quillmere/Platform/Linux/Sources/Hyprland/HyprlandRequests.h"
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayConnection.h"
 
 #include <QDBusConnectionInterface>
@@ -57,6 +58,18 @@ QString swayVersion(const std::string& socket) {
     return version.isEmpty() ? QString() : QStringLiteral("sway ") + version;
 }
 
+QString hyprlandVersion(const std::string& folder) {
+    if (folder.empty()) return {};
+    const auto answer = HyprlandRequests(folder).ask("j/version", HyprlandRequests::Clock::now() + patience);
+    if (!answer) return {};
+    const QJsonObject object = QJsonDocument::fromJson(*answer).object();
+    // Older versions tell only how the sources were marked.
+    const QString version = object.value(QLatin1String("version")).toString();
+    const QString tag = object.value(QLatin1String("tag")).toString();
+    if (version.isEmpty() && tag.isEmpty()) return {};
+    return QStringLiteral("Hyprland ") + (version.isEmpty() ? tag : version);
+}
+
 std::string displaysOf(const LinuxSession& session) {
     if (session.isX11()) return "X11";
     if (!session.hasWayland) return "neither X11 nor Wayland";
@@ -83,7 +96,8 @@ Finding desktopFinding(const LinuxSession& session, const QDBusConnection& bus) 
     for (const std::string& name : session.desktops)
         names += (names.empty() ? "" : ":") + name;
     Finding row{.subject = "Desktop", .state = names.empty() ? "without a name" : names, .advice = {}};
-    for (const QString& version : {gnomeVersion(bus), kwinVersion(bus), swayVersion(session.swaySocket)})
+    for (const QString& version : {gnomeVersion(bus), kwinVersion(bus), swayVersion(session.swaySocket),
+                                   hyprlandVersion(session.hyprlandFolder)})
         if (!version.isEmpty()) row.state += ", " + version.toStdString();
     row.state += ", on " + displaysOf(session);
     if (!session.hasX11 && !session.hasWayland)

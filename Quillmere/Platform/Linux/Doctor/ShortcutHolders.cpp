@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/Doctor/ShortcutHolders.h"
 
+#include "Quillmere/Platform/Linux/Tap/Hyprland/HyprlandKeyBinds.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeGlobalShortcuts.h"
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeKeyNames.h"
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayKeyBindings.h"
@@ -40,6 +41,29 @@ bool isFree(const Shortcut& shortcut, const X11Keymap& keymap) {
     return freeCombinations(combinations).size() == combinations.size();
 }
 
+struct Words {
+    const char* taken;
+    const char* free;
+    const char* advice;
+};
+
+/// Where a compositor tells what the user's configuration of it binds.
+Finding configuredHolders(const std::vector<Shortcut>& shortcuts, std::optional<ReservedKeys> reserved,
+                          InputSourceService& sources, const Words& words) {
+    if (!reserved) return untoldHolders(shortcuts);
+    std::vector<std::string> layouts;
+    for (const InputSourceRecord& record : sources.sources())
+        layouts.push_back(record.id.value_or(std::string()));
+    bool isAnyTaken = false;
+    Finding row = holders(shortcuts, [&](const Shortcut& shortcut) {
+        const bool isTaken = reserved->has(shortcut, layouts);
+        isAnyTaken = isAnyTaken || isTaken;
+        return isTaken ? words.taken : words.free;
+    });
+    if (isAnyTaken) row.advice = words.advice;
+    return row;
+}
+
 }  // namespace
 
 Finding x11Holders(const std::vector<Shortcut>& shortcuts) {
@@ -78,19 +102,18 @@ Finding kdeHolders(const std::vector<Shortcut>& shortcuts, const QDBusConnection
 }
 
 Finding swayHolders(const std::vector<Shortcut>& shortcuts, const std::string& socket, InputSourceService& sources) {
-    std::optional<SwayReservedKeys> reserved = SwayKeyBindings::reservedAt(socket);
-    if (!reserved) return untoldHolders(shortcuts);
-    std::vector<std::string> layouts;
-    for (const InputSourceRecord& record : sources.sources())
-        layouts.push_back(record.id.value_or(std::string()));
-    bool isAnyTaken = false;
-    Finding row = holders(shortcuts, [&](const Shortcut& shortcut) {
-        if (!reserved->has(shortcut, layouts)) return "not in sway's configuration";
-        isAnyTaken = true;
-        return "sway's own, by its configuration";
-    });
-    if (isAnyTaken) row.advice = "Choose another shortcut, or take this one out of sway's configuration.";
-    return row;
+    return configuredHolders(shortcuts, SwayKeyBindings::reservedAt(socket), sources,
+                             {.taken = "sway's own, by its configuration",
+                              .free = "not in sway's configuration",
+                              .advice = "Choose another shortcut, or take this one out of sway's configuration."});
+}
+
+Finding hyprlandHolders(const std::vector<Shortcut>& shortcuts, const std::string& folder,
+                        InputSourceService& sources) {
+    return configuredHolders(shortcuts, HyprlandKeyBinds::reservedAt(folder), sources,
+                             {.taken = "a bind of your own in Hyprland",
+                              .free = "none of your own binds in Hyprland",
+                              .advice = "Choose another shortcut, or take this one out of Hyprland's configuration."});
 }
 
 Finding untoldHolders(const std::vector<Shortcut>& shortcuts) {

@@ -21,6 +21,10 @@ Finding kdeHolders(const std::vector<Shortcut>& shortcuts, const QDBusConnection
 /// Whether sway's own configuration has them. `sources` are the desktop's.
 Finding swayHolders(const std::vector<Shortcut>& shortcuts, const std::string& socket, InputSourceService& sources);
 
+/// Whether the user's own binds in Hyprland have them. `folder` is that of its
+/// sockets, `sources` are the desktop's.
+Finding hyprlandHolders(const std::vector<Shortcut>& shortcuts, const std::string& folder, InputSourceService& sources);
+
 /// Where no desktop tells.
 Finding untoldHolders(const std::vector<Shortcut>& shortcuts);
 

@@ -55,6 +55,7 @@ Finding waylandTap(const TapChoices& choices) {
     const std::string reason = "the service comes first, but: " + stateOf(choices.service);
     if (choices.hasGnome) return {"Tap", "GNOME Shell's, through Quillmere's extension, without Fn\n" + reason, {}};
     if (choices.hasSway) return {"Tap", "sway's key bindings, without Fn\n" + reason, {}};
+    if (choices.hasHyprland) return {"Tap", "Hyprland's binds, without Fn\n" + reason, {}};
     if (choices.hasKde) return {"Tap", "KDE's global shortcuts, without Fn\n" + reason, {}};
     return {"Tap", "none: this desktop lends none of its own\n" + reason, adviceOf(choices.service)};
 }

@@ -1,6 +1,7 @@
 #include "Quillmere/Platform/Linux/Tap/Kde/KdeEventTap.h"
 
 #include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
+#include "Quillmere/Platform/Linux/Tap/FlagWord.h"
 
 #include <algorithm>
 #include <utility>
@@ -22,15 +23,6 @@ QString nameOf(const Shortcut& shortcut) {
 
 QString labelOf(const Shortcut& shortcut) {
     return QStringLiteral("Switch layouts (%1)").arg(QString::fromStdString(shortcut.displayString()));
-}
-
-std::uint64_t flagWord(Modifiers modifiers) {
-    std::uint64_t word = 0;
-    if (modifiers.contains(Modifiers::command)) word |= KeyEventFlags::command;
-    if (modifiers.contains(Modifiers::shift)) word |= KeyEventFlags::shift;
-    if (modifiers.contains(Modifiers::option)) word |= KeyEventFlags::option;
-    if (modifiers.contains(Modifiers::control)) word |= KeyEventFlags::control;
-    return word;
 }
 
 }  // namespace

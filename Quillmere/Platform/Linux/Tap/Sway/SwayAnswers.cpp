@@ -1,5 +1,7 @@
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayAnswers.h"
 
+#include "Quillmere/Platform/Linux/Tap/Sway/SwayConfiguration.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -22,10 +24,10 @@ bool canBind(const QByteArray& version) {
     return std::tuple(object["major"].toInt(), object["minor"].toInt()) >= firstVersion;
 }
 
-SwayReservedKeys reservedKeys(const QByteArray& version, const QByteArray& configuration) {
+ReservedKeys reservedKeys(const QByteArray& version, const QByteArray& configuration) {
     const std::string file = objectIn(version)["loaded_config_file_name"].toString().toStdString();
     const std::string text = objectIn(configuration)["config"].toString().toStdString();
-    return SwayReservedKeys(SwayConfiguration::combinations(text, file));
+    return ReservedKeys(SwayConfiguration::combinations(text, file));
 }
 
 }  // namespace quillmere::swayAnswers

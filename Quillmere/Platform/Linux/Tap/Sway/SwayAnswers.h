@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayReservedKeys.h"
+#include "Quillmere/Platform/Linux/Tap/ReservedKeys.h"
 
 #include <QByteArray>
 
@@ -11,6 +11,6 @@ namespace quillmere::swayAnswers {
 bool canBind(const QByteArray& version);
 
 /// What the configuration binds that it was started with, and what that includes.
-SwayReservedKeys reservedKeys(const QByteArray& version, const QByteArray& configuration);
+ReservedKeys reservedKeys(const QByteArray& version, const QByteArray& configuration);
 
 }  // namespace quillmere::swayAnswers

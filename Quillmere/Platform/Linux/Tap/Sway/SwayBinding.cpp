@@ -1,7 +1,7 @@
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayBinding.h"
 
 #include "Quillmere/Platform/Linux/Tap/KeyCodes.h"
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayModifiers.h"
+#include "Quillmere/Platform/Linux/Tap/ModifierBits.h"
 #include "QuillmereCore/Config.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ std::size_t indexOf(const std::vector<std::string>& ids, const std::string& id) 
 }  // namespace
 
 std::string SwayBinding::combination() const {
-    return "Group" + std::to_string(from + 1) + '+' + swayModifiers::text(modifiers) + std::to_string(keyCode);
+    return "Group" + std::to_string(from + 1) + '+' + modifierBits::text(modifiers) + std::to_string(keyCode);
 }
 
 std::string SwayBinding::action() const {
@@ -42,7 +42,7 @@ std::vector<SwayBinding> swayBindings(const ArmedShortcut& shortcut, const std::
         for (std::size_t from = 0; from < count; ++from) {
             const std::string next = group.next(layoutIDs[from]).value_or(std::string());
             bindings.push_back({.keyCode = code + KeyCodes::x11Offset,
-                                .modifiers = swayModifiers::of(shortcut.shortcut.modifiers),
+                                .modifiers = modifierBits::of(shortcut.shortcut.modifiers),
                                 .from = from,
                                 .to = indexOf(layoutIDs, next),
                                 .shortcut = shortcut.shortcut,

@@ -13,7 +13,7 @@ namespace quillmere {
 /// which of them is meant, so no press comes too early for it.
 struct SwayBinding {
     unsigned int keyCode = 0;    ///< by X11's numbers, as sway counts them
-    unsigned int modifiers = 0;  ///< of `swayModifiers`
+    unsigned int modifiers = 0;  ///< of `modifierBits`
     std::size_t from = 0;        ///< the index of the layout in use
     std::size_t to = 0;
     Shortcut shortcut;

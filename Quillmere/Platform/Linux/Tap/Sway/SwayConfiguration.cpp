@@ -1,6 +1,6 @@
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayConfiguration.h"
 
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayModifiers.h"
+#include "Quillmere/Platform/Linux/Tap/ModifierBits.h"
 
 #include <algorithm>
 #include <cctype>
@@ -71,7 +71,8 @@ bool isLayout(std::string_view part) {
 
 }  // namespace
 
-std::vector<SwayCombination> SwayConfiguration::combinations(std::string_view text, const std::filesystem::path& file) {
+std::vector<ReservedCombination> SwayConfiguration::combinations(std::string_view text,
+                                                                 const std::filesystem::path& file) {
     SwayConfiguration configuration;
     configuration.readText(text, file.parent_path());
     return configuration.combinations_;
@@ -155,11 +156,11 @@ void SwayConfiguration::bind(const Words& words) {
     while (index < words.size() && words[index].starts_with("--"))
         ++index;
     if (index == words.size()) return;
-    SwayCombination combination{.modifiers = 0, .keys = {}, .isByCode = words.front() == "bindcode"};
+    ReservedCombination combination{.modifiers = 0, .keys = {}, .isByCode = words.front() == "bindcode"};
     std::istringstream parts(words[index]);
     for (std::string part; std::getline(parts, part, '+');) {
         if (isLayout(part)) continue;
-        if (const auto modifier = swayModifiers::named(part))
+        if (const auto modifier = modifierBits::named(part))
             combination.modifiers |= *modifier;
         else
             combination.keys.push_back(part);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Quillmere/Platform/Linux/Tap/ReservedKeys.h"
+
 #include <filesystem>
 #include <map>
 #include <string>
@@ -7,15 +9,6 @@
 #include <vector>
 
 namespace quillmere {
-
-/// A combination of keys as a configuration of sway binds it.
-struct SwayCombination {
-    unsigned int modifiers = 0;     ///< of `swayModifiers`
-    std::vector<std::string> keys;  ///< as they are written: names of symbols, or numbers
-    bool isByCode = false;          ///< the keys are numbers
-
-    friend bool operator==(const SwayCombination&, const SwayCombination&) = default;
-};
 
 /// Reads configurations of sway, as far as key bindings go: `bindsym` and
 /// `bindcode` with their flags, in blocks and in modes, variables, lines that go
@@ -25,7 +18,7 @@ class SwayConfiguration {
 public:
     /// Every combination that is bound in this text, in whichever mode. `file` is
     /// where the text is from, for what it includes; that is read from the disk.
-    static std::vector<SwayCombination> combinations(std::string_view text, const std::filesystem::path& file);
+    static std::vector<ReservedCombination> combinations(std::string_view text, const std::filesystem::path& file);
 
 private:
     using Words = std::vector<std::string>;
@@ -38,7 +31,7 @@ private:
     void bind(const Words& words);
     std::string withoutVariables(const std::string& text) const;
 
-    std::vector<SwayCombination> combinations_;
+    std::vector<ReservedCombination> combinations_;
     std::map<std::string, std::string> variables_;  ///< by their names, "$mod"
     std::vector<Words> blocks_;                     ///< what each open one puts in front of its lines
     Words last_;                                    ///< the line before, whose block may open on the next

@@ -56,7 +56,7 @@ private:
     std::string socket_;
     InputSourceService& sources_;
     std::unique_ptr<SwayKeyBindings> bindings_;  ///< null without sway
-    std::optional<SwayReservedKeys> reserved_;   ///< absent until sway has told
+    std::optional<ReservedKeys> reserved_;       ///< absent until sway has told
     QTimer again_;                               ///< until it has
     bool isInstalled_ = false;
     KeyInterest interest_;

@@ -1,8 +1,8 @@
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayKeyBindings.h"
 
 #include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
+#include "Quillmere/Platform/Linux/Tap/ModifierBits.h"
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayAnswers.h"
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayModifiers.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -28,7 +28,7 @@ QJsonObject objectIn(const QByteArray& reply) {
 unsigned int modifiersIn(const QJsonValue& names) {
     unsigned int modifiers = 0;
     for (const auto& name : names.toArray())
-        modifiers |= swayModifiers::named(name.toString().toStdString()).value_or(0);
+        modifiers |= modifierBits::named(name.toString().toStdString()).value_or(0);
     return modifiers;
 }
 
@@ -141,14 +141,14 @@ bool SwayKeyBindings::run(const std::string& commands) {
     return exchange({{Request::runCommand, text}}, wait.deadline()).has_value();
 }
 
-std::optional<SwayReservedKeys> SwayKeyBindings::reserved() {
+std::optional<ReservedKeys> SwayKeyBindings::reserved() {
     const SwitchWait wait;
     const auto replies = exchange({{Request::getVersion, {}}, {Request::getConfig, {}}}, wait.deadline());
     if (!replies) return std::nullopt;
     return swayAnswers::reservedKeys(replies->front(), replies->back());
 }
 
-std::optional<SwayReservedKeys> SwayKeyBindings::reservedAt(const std::string& socket) {
+std::optional<ReservedKeys> SwayKeyBindings::reservedAt(const std::string& socket) {
     const std::unique_ptr<SwayConnection> connection = SwayConnection::open(socket);
     if (!connection) return std::nullopt;
     const std::vector<SwayConnection::Message> questions{{Request::getVersion, {}}, {Request::getConfig, {}}};

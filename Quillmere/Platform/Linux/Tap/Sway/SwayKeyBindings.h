@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayConnection.h"
+#include "Quillmere/Platform/Linux/Tap/ReservedKeys.h"
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayBinding.h"
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayLeftovers.h"
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayReservedKeys.h"
 
 #include <QJsonObject>
 #include <QObject>
@@ -36,11 +36,11 @@ public:
 
     /// The combinations that the user's configuration binds; absent when sway
     /// does not tell.
-    std::optional<SwayReservedKeys> reserved();
+    std::optional<ReservedKeys> reserved();
 
     /// The same of the sway at this socket, with nothing bound; absent also where
     /// none is that this program could bind keys in.
-    static std::optional<SwayReservedKeys> reservedAt(const std::string& socket);
+    static std::optional<ReservedKeys> reservedAt(const std::string& socket);
 
 signals:
     /// A key of this binding went down: sway has done what it does.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Quillmere/Platform/Linux/Tap/LayoutKeymap.h"
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayConfiguration.h"
 #include "QuillmereCore/Shortcut.h"
 
 #include <optional>
@@ -10,11 +9,20 @@
 
 namespace quillmere {
 
+/// A combination of keys as the user's own configuration of a compositor has it.
+struct ReservedCombination {
+    unsigned int modifiers = 0;     ///< of `modifierBits`
+    std::vector<std::string> keys;  ///< as they are written: names of symbols, or numbers
+    bool isByCode = false;          ///< the keys are numbers, as X11 has them
+
+    friend bool operator==(const ReservedCombination&, const ReservedCombination&) = default;
+};
+
 /// The combinations that the user's own configuration binds, looked up by keys:
 /// most are written by what a key types. One thread.
-class SwayReservedKeys {
+class ReservedKeys {
 public:
-    explicit SwayReservedKeys(std::vector<SwayCombination> combinations);
+    explicit ReservedKeys(std::vector<ReservedCombination> combinations);
 
     /// Whether one of them is pressed by a key of this shortcut in any of these
     /// layouts ("xkb:us+dvorak"). Takes some milliseconds when the layouts are
@@ -22,9 +30,9 @@ public:
     bool has(const Shortcut& shortcut, const std::vector<std::string>& layoutIDs);
 
 private:
-    bool isPressedBy(const SwayCombination& combination, unsigned int keyCode, unsigned int modifiers) const;
+    bool isPressedBy(const ReservedCombination& combination, unsigned int keyCode, unsigned int modifiers) const;
 
-    std::vector<SwayCombination> combinations_;
+    std::vector<ReservedCombination> combinations_;
     std::vector<std::string> layoutIDs_;
     std::optional<LayoutKeymap> keymap_;  ///< of `layoutIDs_`
 };

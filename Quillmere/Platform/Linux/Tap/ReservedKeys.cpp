@@ -1,7 +1,7 @@
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayReservedKeys.h"
+#include "Quillmere/Platform/Linux/Tap/ReservedKeys.h"
 
 #include "Quillmere/Platform/Linux/Tap/KeyCodes.h"
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayModifiers.h"
+#include "Quillmere/Platform/Linux/Tap/ModifierBits.h"
 
 #include <algorithm>
 #include <span>
@@ -30,33 +30,32 @@ bool types(xkb_keymap* keymap, xkb_keycode_t code, xkb_level_index_t level, xkb_
 
 }  // namespace
 
-SwayReservedKeys::SwayReservedKeys(std::vector<SwayCombination> combinations)
-    : combinations_(std::move(combinations)) {}
+ReservedKeys::ReservedKeys(std::vector<ReservedCombination> combinations) : combinations_(std::move(combinations)) {}
 
-bool SwayReservedKeys::has(const Shortcut& shortcut, const std::vector<std::string>& layoutIDs) {
+bool ReservedKeys::has(const Shortcut& shortcut, const std::vector<std::string>& layoutIDs) {
     if (!keymap_ || layoutIDs != layoutIDs_) keymap_.emplace(layoutIDs);
     layoutIDs_ = layoutIDs;
-    const unsigned int modifiers = swayModifiers::of(shortcut.modifiers);
+    const unsigned int modifiers = modifierBits::of(shortcut.modifiers);
     const std::vector<KeyCodes::EvdevCode> codes = KeyCodes::evdevCodes(shortcut.keyCode);
-    return std::ranges::any_of(combinations_, [&](const SwayCombination& combination) {
+    return std::ranges::any_of(combinations_, [&](const ReservedCombination& combination) {
         return std::ranges::any_of(codes, [&](KeyCodes::EvdevCode code) {
             return isPressedBy(combination, code + KeyCodes::x11Offset, modifiers);
         });
     });
 }
 
-/// By what a key types sway takes a press both as it is without its modifiers
+/// By what a key types a compositor takes a press both as it is without its modifiers
 /// and as Shift makes it: "Ctrl+Shift+1" and "Ctrl+exclam" are one.
-bool SwayReservedKeys::isPressedBy(const SwayCombination& combination, unsigned int keyCode,
-                                   unsigned int modifiers) const {
+bool ReservedKeys::isPressedBy(const ReservedCombination& combination, unsigned int keyCode,
+                               unsigned int modifiers) const {
     if (combination.keys.size() != 1) return false;
     const std::string& key = combination.keys.front();
     if (combination.isByCode) return combination.modifiers == modifiers && key == std::to_string(keyCode);
     const xkb_keysym_t symbol = xkb_keysym_from_name(key.c_str(), XKB_KEYSYM_CASE_INSENSITIVE);
     if (symbol == XKB_KEY_NoSymbol || keymap_->get() == nullptr) return false;
     if (combination.modifiers == modifiers && types(keymap_->get(), keyCode, plainLevel, symbol)) return true;
-    const bool isShifted = (modifiers & swayModifiers::shift) != 0;
-    return isShifted && (combination.modifiers | swayModifiers::shift) == modifiers
+    const bool isShifted = (modifiers & modifierBits::shift) != 0;
+    return isShifted && (combination.modifiers | modifierBits::shift) == modifiers
            && types(keymap_->get(), keyCode, shiftedLevel, symbol);
 }
 

@@ -1,20 +1,12 @@
-#include "Quillmere/Platform/Linux/Tap/Sway/SwayModifiers.h"
+#include "Quillmere/Platform/Linux/Tap/ModifierBits.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
 
-namespace quillmere::swayModifiers {
+namespace quillmere::modifierBits {
 
 namespace {
-
-constexpr unsigned int lock = 1U << 1;
-constexpr unsigned int control = 1U << 2;
-constexpr unsigned int mod1 = 1U << 3;
-constexpr unsigned int mod2 = 1U << 4;
-constexpr unsigned int mod3 = 1U << 5;
-constexpr unsigned int mod4 = 1U << 6;
-constexpr unsigned int mod5 = 1U << 7;
 
 struct Named {
     std::string_view name;
@@ -73,4 +65,4 @@ std::string text(unsigned int modifiers) {
     return result;
 }
 
-}  // namespace quillmere::swayModifiers
+}  // namespace quillmere::modifierBits
