@@ -19,8 +19,9 @@ TEST(HyprlandBindTest, IsOnTheKeysNumberAndTellsOfItselfInEitherLanguage) {
     EXPECT_EQ(binds[0].event(), "quillmere 65 12");
     EXPECT_EQ(binds[0].keyword(), "keyword bind CTRL ALT,code:65,event,quillmere 65 12");
     EXPECT_EQ(binds[0].unbindKeyword(), "keyword unbind CTRL ALT,code:65");
-    EXPECT_EQ(binds[0].lua(), R"(eval quillmere["CTRL + ALT + code:65"] = hl.bind("CTRL + ALT + code:65", )"
-                              R"(hl.dsp.event("quillmere 65 12"), { description = "Quillmere" }))");
+    EXPECT_EQ(binds[0].lua(),
+              R"(eval quillmere = quillmere or {} quillmere["CTRL + ALT + code:65"] = hl.bind("CTRL + ALT + code:65", )"
+              R"(hl.dsp.event("quillmere 65 12"), { description = "Quillmere" }))");
     EXPECT_EQ(binds[0].unbindLua(),
               R"(eval quillmere["CTRL + ALT + code:65"]:remove() quillmere["CTRL + ALT + code:65"] = nil)");
     EXPECT_EQ(hyprlandBinds(commandShiftK)[0].unbindKeyword(), "keyword unbind SHIFT SUPER,code:45");

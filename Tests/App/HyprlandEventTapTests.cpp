@@ -126,6 +126,16 @@ TEST_P(HyprlandEventTapTest, AfterAReloadEverythingIsBoundAgainAsTheNewConfigura
     EXPECT_TRUE(pressesReach(controlAlt, spaceKey, controlOptionSpace));
 }
 
+TEST_P(HyprlandEventTapTest, WhatIsBoundBetweenAReloadAndItsNewsIsNotDoubled) {
+    ASSERT_TRUE(start({controlOptionSpace}));
+    desktop->reloadUntold();
+    setInterest({.shortcuts = {controlOptionSpace, commandShiftK}});
+    desktop->announce("configreloaded>>\n");
+    EXPECT_TRUE(waitUntil([this] { return desktop->bindCount() == 2; }));
+    EXPECT_TRUE(pressesReach(shiftSuper, kKey, commandShiftK)) << "once, not twice";
+    EXPECT_TRUE(pressesReach(controlAlt, spaceKey, controlOptionSpace));
+}
+
 TEST_P(HyprlandEventTapTest, WhatTheUserHasBoundStaysTheirsAndIsSaid) {
     for (const auto& own :
          {FakeHyprland::OwnBind{.modifiers = controlAlt, .key = "SPACE", .submap = {}},

@@ -227,20 +227,21 @@ std::string FakeHyprland::eval(const std::string& code) {
     static const std::regex clearing(
         R"(for _, bind in pairs\(quillmere or \{\}\) do bind:remove\(\) end quillmere = \{\})");
     static const std::regex binding(
-        R"re(quillmere\["([^"]+)"\] = hl\.bind\("([^"]+)", hl\.dsp\.event\("([^"]+)"\), \{ description = "([^"]+)" \}\))re");
+        R"re(quillmere = quillmere or \{\} quillmere\["([^"]+)"\] = hl\.bind\("([^"]+)", hl\.dsp\.event\("([^"]+)"\), \{ description = "([^"]+)" \}\))re");
     static const std::regex unbinding(R"re(quillmere\["([^"]+)"\]:remove\(\) quillmere\["([^"]+)"\] = nil)re");
     std::smatch parts;
     if (std::regex_match(code, clearing)) {
         if (std::exchange(hasTable_, true)) binds_.clear();
         return "ok";
     }
-    if (!hasTable_) return "error: [string \"eval\"]:1: attempt to index a nil value (global 'quillmere')";
     if (std::regex_match(code, parts, binding)) {
         const std::string keys = parts[2];
+        hasTable_ = true;
         binds_.push_back({keys, modifiersIn(keys), keyCodeIn(keys), parts[3], parts[4]});
         return "ok";
     }
     if (!std::regex_match(code, parts, unbinding)) return "error: [string \"eval\"]:1: syntax error";
+    if (!hasTable_) return "error: [string \"eval\"]:1: attempt to index a nil value (global 'quillmere')";
     const std::string keys = parts[1];
     if (std::erase_if(binds_, [&](const Bind& bind) { return bind.keys == keys; }) == 0)
         return "error: [string \"eval\"]:1: attempt to index a nil value (field '?')";
@@ -302,10 +303,14 @@ bool FakeHyprland::press(unsigned int modifiers, unsigned int keyCode) {
 }
 
 void FakeHyprland::reload() {
+    reloadUntold();
+    announce("configreloaded>>\n");
+}
+
+void FakeHyprland::reloadUntold() {
     const std::lock_guard lock(mutex_);
     binds_.clear();
     hasTable_ = false;
-    tell("configreloaded>>\n");
 }
 
 std::size_t FakeHyprland::bindCount() {

@@ -68,6 +68,8 @@ public:
     bool press(unsigned int modifiers, unsigned int keyCode);
     /// Drops the binds that are not the configuration's, and says so.
     void reload();
+    /// The same before it is said.
+    void reloadUntold();
     /// How many there are that are not the configuration's.
     std::size_t bindCount();
 

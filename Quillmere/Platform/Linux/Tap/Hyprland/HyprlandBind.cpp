@@ -48,8 +48,10 @@ std::string HyprlandBind::unbindKeyword() const {
 
 std::string HyprlandBind::lua() const {
     const std::string keys = keysInLua(*this);
-    return "eval quillmere[" + keys + "] = hl.bind(" + keys + ", hl.dsp.event(\"" + event().toStdString()
-           + "\"), { description = \"" + HyprlandBindList::description + "\" })";
+    // A reload may have come between: Lua would bind first, and only then miss the
+    // variable, and nobody could take that bind back.
+    return "eval quillmere = quillmere or {} quillmere[" + keys + "] = hl.bind(" + keys + ", hl.dsp.event(\""
+           + event().toStdString() + "\"), { description = \"" + HyprlandBindList::description + "\" })";
 }
 
 std::string HyprlandBind::unbindLua() const {
