@@ -82,6 +82,16 @@ TEST_F(FakeSwayTest, AKeyboardThatReplacesAnotherUnseenTakesUpTheLayoutInUse) {
     EXPECT_TRUE(sway.commands()[0].starts_with("input \"1:1:Board\" xkb_switch_layout 1;")) << sway.commands()[0];
 }
 
+TEST_F(FakeSwayTest, AKeyboardThatGetsItsLayoutsOnceItIsThereTakesUpTheOneInUse) {
+    tell({keyboard(board, 1)});
+    start();
+    tell({keyboard(board, 1), keyboard(board, 0)});
+    sway.addEvent(event("xkb_keymap", keyboard(board, 0)));
+    EXPECT_EQ(currentID(), "xkb:ua");
+    ASSERT_EQ(sway.commands().size(), 1U);
+    EXPECT_TRUE(sway.commands()[0].starts_with("input \"1:1:Board\" xkb_switch_layout 1;")) << sway.commands()[0];
+}
+
 TEST_F(FakeSwayTest, ASuccessThatDidNothingIsNoSwitch) {
     tell({keyboard(board, 0)});
     start();

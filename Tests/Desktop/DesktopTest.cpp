@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <iostream>
 
+#include <X11/Xlib.h>
+
 namespace quillmere::support {
 
 namespace {
@@ -55,6 +57,11 @@ Witness& DesktopTest::startWitness(Witness::Size size, QColor background) {
     witness_.reset();
     witness_ = std::make_unique<Witness>(desktop().display(), size, background);
     return *witness_;
+}
+
+void DesktopTest::focusWitness() {
+    XSetInputFocus(witness().connection().display(), witness().window(), RevertToParent, CurrentTime);
+    witness().connection().synchronize();
 }
 
 void DesktopTest::startEverything(const Desktop::Options& options) {

@@ -55,6 +55,9 @@ protected:
     /// Puts an application on the screen, in place of an earlier one.
     Witness& startWitness(Witness::Size size = Witness::Size::normal, QColor background = Qt::white);
 
+    /// The keyboard goes to the witness from now on.
+    void focusWitness();
+
     /// All of the above with the usual configuration.
     void startEverything(const Desktop::Options& options = {});
 

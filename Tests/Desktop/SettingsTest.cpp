@@ -1,8 +1,8 @@
 #include "Tests/Desktop/SettingsTest.h"
 
-#include <X11/Xlib.h>
-
 #include <algorithm>
+
+#include <X11/Xlib.h>
 
 namespace quillmere::support {
 
@@ -112,11 +112,6 @@ void SettingsTest::startRecording(int group, const std::string& titleBefore) {
     const std::string name = "Shortcut of group " + std::to_string(group) + ": ";
     ASSERT_NO_FATAL_FAILURE(click(name + titleBefore));
     ASSERT_TRUE(waitFor(name + "Press shortcut…"));
-}
-
-void SettingsTest::focusWitness() {
-    XSetInputFocus(witness().connection().display(), witness().window(), RevertToParent, CurrentTime);
-    witness().connection().synchronize();
 }
 
 std::string SettingsTest::storedConfiguration() {

@@ -45,8 +45,6 @@ protected:
     void addSource(int group, int entry);
     /// Clicks the recorder of the group and waits until it is recording.
     void startRecording(int group, const std::string& titleBefore);
-    /// The keyboard goes to the witness from now on.
-    void focusWitness();
 
     std::string storedConfiguration();
     /// Waits until what is stored contains this text.

@@ -37,6 +37,17 @@ protected:
         EXPECT_EQ(desktop().server().group(), 0);
     }
 
+    bool showsSettings() { return desktop().connection().visibleWindow("Quillmere").has_value(); }
+    /// Starts the program with nothing stored. Its settings come by themselves;
+    /// the keyboard is the witness's afterwards.
+    void startForTheFirstTime() {
+        startWitness();
+        ASSERT_NO_FATAL_FAILURE(startProgramWithoutShortcut());
+        ASSERT_TRUE(waitUntil([this] { return witness().focusLosses() > 0; }));
+        EXPECT_TRUE(showsSettings());
+        focusWitness();
+    }
+
     /// Turns switching off or on, and waits until the program has done so.
     void toggleActive(bool isActiveNow) {
         ASSERT_TRUE(tray().click("Active"));
@@ -102,10 +113,20 @@ TEST_F(StorageTest, AnUnreadablePlateLeavesTheRestInForce) {
 
 TEST_F(StorageTest, OnFirstStartTheDefaultsApplyAndNothingIsStored) {
     startDesktop();
-    startWitness();
-    ASSERT_NO_FATAL_FAILURE(startProgramWithoutShortcut());
+    ASSERT_NO_FATAL_FAILURE(startForTheFirstTime());
     ASSERT_NO_FATAL_FAILURE(expectDefaults());
     EXPECT_EQ(desktop().settings().value("config"), std::nullopt);
+}
+
+TEST_F(StorageTest, TheSettingsComeByThemselvesAtTheVeryFirstStartOnly) {
+    startDesktop();
+    ASSERT_NO_FATAL_FAILURE(startForTheFirstTime());
+    killProgram();
+    ASSERT_TRUE(waitUntil([this] { return !showsSettings() && !tray().hasItem(); }));
+    ASSERT_NO_FATAL_FAILURE(startProgramWithoutShortcut());
+    typist().tap(keys::fn);
+    ASSERT_TRUE(waitForGroup(1)) << "it is up";
+    EXPECT_FALSE(showsSettings());
 }
 
 class CorruptFileTest : public StorageTest {
@@ -119,8 +140,7 @@ protected:
     }
 
     void expectSetAside(const std::string& bytes) {
-        startWitness();
-        ASSERT_NO_FATAL_FAILURE(startProgramWithoutShortcut());
+        ASSERT_NO_FATAL_FAILURE(startForTheFirstTime());
         ASSERT_NO_FATAL_FAILURE(expectDefaults());
         EXPECT_TRUE(isSetAside(bytes));
         ASSERT_TRUE(tray().click("Active"));
@@ -150,8 +170,7 @@ TEST_F(CorruptFileTest, ADamagedStoreIsSetAside) {
 TEST_F(CorruptFileTest, AnEmptyFileIsAFirstStart) {
     startDesktop();
     overwrite(desktop().settings().file(), "");
-    startWitness();
-    ASSERT_NO_FATAL_FAILURE(startProgramWithoutShortcut());
+    ASSERT_NO_FATAL_FAILURE(startForTheFirstTime());
     ASSERT_NO_FATAL_FAILURE(expectDefaults());
 }
 

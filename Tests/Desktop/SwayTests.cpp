@@ -107,6 +107,8 @@ TEST_F(SwayTest, WhatTheProgramStartsChoosesItsOwnDisplay) {
                                       << ".part " << started.string() << '\n';
     std::filesystem::permissions(tools / "xdg-open", std::filesystem::perms::owner_all);
     environment["PATH"] = tools.string() + ":" + environment["PATH"];
+    // Or the settings would be shown as well.
+    store({{.keyCode = 63, .modifiers = 0, .sources = {"xkb:us", "xkb:ua"}}});
     ASSERT_NO_FATAL_FAILURE(startProgram());
     ASSERT_TRUE(waitUntil([this] { return sway->focusedTitle() == "Quillmere needs permission"; }));
     ASSERT_TRUE(waitForPicture("permission"));

@@ -140,7 +140,8 @@ void SwayInputSources::note(const QByteArray& event) {
     const QJsonObject input = object["input"].toObject();
     const std::string identifier = input["identifier"].toString().toStdString();
     const QString change = object["change"].toString();
-    if (change == QLatin1String("added")) added_.insert(identifier);
+    // Newer desktops give a program's keyboard its layouts after it was added.
+    if (change == QLatin1String("added") || change == QLatin1String("xkb_keymap")) added_.insert(identifier);
     // What the user is typing on, if the desktop switches each keyboard by itself.
     if (change == QLatin1String("xkb_layout") && keyboards_.isPeer(identifier))
         current_ = input["xkb_active_layout_name"].toString().toStdString();
