@@ -44,6 +44,7 @@ StatusItem::StatusItem(ConfigModel& model, Appearance& appearance, TrayHost& tra
     connect(&model_, &ConfigModel::mayHearFnChanged, this, &StatusItem::updateIcon);
     connect(&appearance_, &Appearance::changed, this, &StatusItem::updateIcon);
     connect(&trayHost_, &TrayHost::becameAvailable, this, &StatusItem::showInTray);
+    updateIcon();
     if (trayHost_.isAvailable()) showInTray();
 }
 
@@ -52,16 +53,19 @@ StatusItem::~StatusItem() = default;
 void StatusItem::buildMenu() {
     menu_ = std::make_unique<QMenu>();
     activeItem_ = menu_->addAction(QStringLiteral("Active"));
+    activeItem_->setObjectName(QStringLiteral("active"));
     activeItem_->setCheckable(true);
     connect(activeItem_, &QAction::triggered, this, [this] { actions_.toggleActive(); });
 
     auto* settings = menu_->addAction(QStringLiteral("Settings…"));
+    settings->setObjectName(QStringLiteral("settings"));
     connect(settings, &QAction::triggered, this, [this] { actions_.openSettings(); });
     // Qt's CTRL is the Command key on macOS.
     addKeyEquivalent(*settings, Qt::CTRL | Qt::Key_Comma);
 
     menu_->addSeparator();
     auto* quit = menu_->addAction(QStringLiteral("Quit Quillmere"));
+    quit->setObjectName(QStringLiteral("quit"));
     // With another role, or one that is guessed from the text, macOS would have
     // the entry in the menu of the application, which is never seen.
     for (auto* const entry : {settings, quit})
@@ -113,9 +117,10 @@ void StatusItem::openMenu() const {
 }
 
 void StatusItem::updateIcon() {
+    const bool dimmed = !model_.config().active;
+    trayHost_.showMenu(*menu_, !dimmed);
     if (!icon_) return;
     icon_->setToolTip(toolTip(model_));
-    const bool dimmed = !model_.config().active;
     icon_->setIcon(trayHost_.isMenuBar()
                        ? StatusIcon::makeTemplate(dimmed)
                        : StatusIcon::make(iconColor(appearance_.isDark()), dimmed, trayHost_.tintsSymbolicIcons()));

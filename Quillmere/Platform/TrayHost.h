@@ -2,6 +2,8 @@
 
 #include <QObject>
 
+class QMenu;
+
 namespace quillmere {
 
 /// Whether the desktop has a place for tray icons. An icon that is made before
@@ -20,9 +22,20 @@ public:
     /// click on one opens its menu without the program's help.
     virtual bool isMenuBar() const = 0;
 
+    /// Shows this menu where the desktop, without a tray, has another place for
+    /// it: its entries with an object name, by their texts, and whether switching
+    /// is active. Called at first and whenever that may have changed. What is
+    /// chosen there triggers the menu's entry.
+    virtual void showMenu(QMenu& /*menu*/, bool /*isActive*/) {}
+
+    /// Whether there is such a place at this moment.
+    virtual bool hasPlaceForMenu() const { return false; }
+
 signals:
     /// The tray has come up; sent at most once.
     void becameAvailable();
+    /// `hasPlaceForMenu` has changed.
+    void placeForMenuChanged();
 };
 
 }  // namespace quillmere

@@ -78,6 +78,7 @@ void FakeGnome::disableExtension() {
     const std::lock_guard lock(mutex_);
     tokens_.clear();
     armed_.clear();
+    indicator_.clear();
 }
 
 void FakeGnome::setVersion(unsigned int version) {
@@ -128,11 +129,24 @@ QStringList FakeGnome::armed() const {
 }
 
 void FakeGnome::emitSwitched(int shortcut, unsigned int index, const QString& receiver) {
-    QDBusMessage signal = QDBusMessage::createTargetedSignal(
-        receiver, path, QStringLiteral("org.quillmere.GnomeExtension1"), QStringLiteral("Switched"));
     const std::lock_guard lock(mutex_);
-    signal << tokens_.value(shortcut) << index;
-    bus_.send(signal);
+    emitTo(receiver, QStringLiteral("Switched"), {tokens_.value(shortcut), index});
+}
+
+QString FakeGnome::indicator() const {
+    const std::lock_guard lock(mutex_);
+    return indicator_;
+}
+
+void FakeGnome::emitChose(const QString& entry, const QString& receiver) {
+    emitTo(receiver, QStringLiteral("IndicatorChose"), {entry});
+}
+
+void FakeGnome::emitTo(const QString& receiver, const QString& signal, const QVariantList& arguments) {
+    QDBusMessage message =
+        QDBusMessage::createTargetedSignal(receiver, path, QStringLiteral("org.quillmere.GnomeExtension1"), signal);
+    message.setArguments(arguments);
+    bus_.send(message);
 }
 
 bool FakeGnome::handleMessage(const QDBusMessage& message, const QDBusConnection& /*connection*/) {
@@ -158,7 +172,18 @@ void FakeGnome::answer(const QDBusMessage& message) {
     if (method == QLatin1String("Activate"))
         reply << activate(arguments.value(0).toString(), arguments.value(1).toString());
     if (method == QLatin1String("Arm")) reply << arm(message);
+    if (method == QLatin1String("ShowIndicator")) showIndicator(arguments);
     bus_.send(reply);
+}
+
+void FakeGnome::showIndicator(const QVariantList& arguments) {
+    const auto texts = qdbus_cast<QMap<QString, QString>>(arguments.value(2));
+    QStringList entries;
+    for (const auto& [entry, text] : texts.asKeyValueRange())
+        entries.push_back(entry + QStringLiteral(": ") + text);
+    indicator_ = arguments.value(1).toBool() ? QString() : QStringLiteral("dimmed: ");
+    indicator_ += entries.join(QStringLiteral(", "));
+    if (!arguments.value(0).toBool()) indicator_.clear();
 }
 
 bool FakeGnome::activate(const QString& type, const QString& id) {

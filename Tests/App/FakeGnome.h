@@ -54,6 +54,11 @@ public:
     /// The shortcut in this place has been pressed, and this source of its
     /// group is in effect.
     void emitSwitched(int shortcut, unsigned int index, const QString& receiver);
+    /// What it shows in the top bar: "active: Active, quit: Quit, …", with
+    /// "dimmed: " in front while it is told so; empty for nothing.
+    QString indicator() const;
+    /// Somebody chose this entry there.
+    void emitChose(const QString& entry, const QString& receiver);
     /// How often it was armed.
     int armCount() const { return armCount_; }
 
@@ -65,6 +70,8 @@ private:
     bool activate(const QString& type, const QString& id);
     /// Gives the tokens of what is somebody else's.
     QStringList arm(const QDBusMessage& message);
+    void showIndicator(const QVariantList& arguments);
+    void emitTo(const QString& receiver, const QString& signal, const QVariantList& arguments);
 
     QThread thread_;
     QDBusConnection bus_;
@@ -78,6 +85,7 @@ private:
     QStringList tokens_;
     QStringList armed_;
     QStringList taken_;
+    QString indicator_;
     std::atomic<int> armCount_ = 0;
 };
 

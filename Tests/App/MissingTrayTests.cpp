@@ -19,5 +19,16 @@ TEST(MissingTrayTest, WithoutATrayTheWayBackToTheSettingsIsSaidUntilThereIsOne) 
     EXPECT_EQ(changes, 1);
 }
 
+TEST(MissingTrayTest, WhereTheMenuHasAnotherPlaceNothingIsMissing) {
+    FakeTrayHost trayHost;
+    const MissingTray missing(trayHost);
+    int changes = 0;
+    QObject::connect(&missing, &Offer::changed, [&] { ++changes; });
+    trayHost.hasPlace = true;
+    emit trayHost.placeForMenuChanged();
+    EXPECT_FALSE(missing.isOpen());
+    EXPECT_EQ(changes, 1);
+}
+
 }  // namespace
 }  // namespace quillmere

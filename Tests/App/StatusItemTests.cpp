@@ -74,6 +74,15 @@ TEST_F(StatusItemTest, TheMenuHasItsFourEntriesInOrder) {
     EXPECT_EQ(actions[3]->shortcut(), QKeySequence("Ctrl+Q"));
 }
 
+TEST_F(StatusItemTest, TheMenuCanBeShownWhereThereIsNoTray) {
+    const auto item = makeItem();
+    EXPECT_EQ(trayHost.shownMenu, &item->menu());
+    EXPECT_TRUE(trayHost.shownActive);
+    setActive(false);
+    EXPECT_FALSE(trayHost.shownActive);
+    EXPECT_EQ(item->trayIcon(), nullptr);
+}
+
 TEST_F(StatusItemTest, EachEntryDoesItsWork) {
     const auto item = makeItem();
     const auto actions = item->menu().actions();

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <iostream>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 // The whole program on GNOME with nothing faked but the hands: no key-tap
@@ -24,7 +26,7 @@ protected:
           shell(folder.path(), baseEnvironment(folder.path().string()), bus,
                 {.extension = extension, .hasXwayland = true}),
           typist(connection),
-          tray(bus.connect()),
+          tray(std::in_place, bus.connect()),
           settings(shell.environment().at("XDG_CONFIG_HOME")),
           xwayland(shell.xDisplay()) {}
 
@@ -47,7 +49,7 @@ protected:
                                               .output = folder.path() / "quillmere.log",
                                               .inheritedDescriptors = {},
                                               .prepare = {}});
-        ASSERT_TRUE(waitUntil([this] { return tray.hasItem() || !program->isRunning(); }));
+        ASSERT_TRUE(waitUntil([this] { return tray->hasItem() || !program->isRunning(); }));
         ASSERT_TRUE(program->isRunning());
     }
     /// The same, with one group on ⌃⌥Space, and waits until it switches.
@@ -76,7 +78,7 @@ protected:
     QDBusConnection connection;
     GnomeShell shell;
     GnomeTypist typist;
-    TrayPanel tray;
+    std::optional<TrayPanel> tray;
     StoredSettings settings;
     XConnection xwayland;
     std::optional<ChildProcess> program;
@@ -113,17 +115,35 @@ TEST_F(GnomeTest, EveryLetterIsInTheNewLayoutHoweverFastItFollowsTheShortcut) {
 
 TEST_F(GnomeTest, SwitchedOffOrEndedOrKilledItLeavesNothingGrabbed) {
     ASSERT_NO_FATAL_FAILURE(startSwitching());
-    ASSERT_TRUE(tray.click("Active"));
+    ASSERT_TRUE(tray->click("Active"));
     EXPECT_TRUE(waitUntil([this] { return !isGrabbed(); }));
-    ASSERT_TRUE(tray.click("Active"));
+    ASSERT_TRUE(tray->click("Active"));
     EXPECT_TRUE(waitUntil([this] { return isGrabbed(); }));
     program->kill();
     EXPECT_TRUE(waitUntil([this] { return !isGrabbed(); }));
-    ASSERT_TRUE(waitUntil([this] { return !tray.hasItem(); }));
+    ASSERT_TRUE(waitUntil([this] { return !tray->hasItem(); }));
     ASSERT_NO_FATAL_FAILURE(startSwitching());
-    ASSERT_TRUE(tray.click("Quit Quillmere"));
+    ASSERT_TRUE(tray->click("Quit Quillmere"));
     EXPECT_EQ(program->waitForExit(patience), 0);
     EXPECT_TRUE(waitUntil([this] { return !isGrabbed(); }));
+}
+
+TEST_F(GnomeTest, WhereNobodyElseHasAPlaceForIconsTheTopBarHasTheMenu) {
+    ASSERT_NO_FATAL_FAILURE(startSwitching());
+    const std::string indicator = "Main.panel.statusArea.quillmere";
+    EXPECT_EQ(shell.evaluate(indicator + " === undefined"), "true");
+    tray.reset();
+    ASSERT_TRUE(waitUntil([&] { return shell.evaluate(indicator + "?.is_mapped() ?? false") == "true"; }));
+    const auto choose = [&](const char* entry) {
+        shell.evaluate(indicator + ".menu._getMenuItems()[" + entry + "].activate(null)");
+    };
+    choose("0");
+    EXPECT_TRUE(waitUntil([this] { return !isGrabbed(); }));
+    choose("1");
+    EXPECT_TRUE(waitUntil([this] { return xwayland.visibleWindow("Quillmere").has_value(); }));
+    choose("3");
+    EXPECT_EQ(program->waitForExit(patience), 0);
+    EXPECT_TRUE(waitUntil([&] { return shell.evaluate(indicator + "?.is_mapped() ?? false") == "false"; }));
 }
 
 TEST_F(GnomeTest, AnExtensionThatIsSwitchedOffAndOnIsArmedAgain) {

@@ -19,6 +19,16 @@ public:
     bool tintsSymbolicIcons() const override { return isTinting; }
     bool isMenuBar() const override { return menuBar; }
 
+    void showMenu(QMenu& menu, bool isActive) override {
+        shownMenu = &menu;
+        shownActive = isActive;
+    }
+
+    bool hasPlaceForMenu() const override { return hasPlace; }
+
+    bool hasPlace = false;
+    QMenu* shownMenu = nullptr;  ///< where there is no tray
+    bool shownActive = false;
     bool isTinting = false;
     bool menuBar = false;
 

@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/Desktop/DesktopLoginItem.h"
 #include "Quillmere/Platform/Linux/Desktop/Gnome/GnomeExtensionOffer.h"
+#include "Quillmere/Platform/Linux/Desktop/Gnome/GnomeTrayHost.h"
 #include "Quillmere/Platform/Linux/Desktop/InfoBundle.h"
 #include "Quillmere/Platform/Linux/Desktop/MissingTray.h"
 #include "Quillmere/Platform/Linux/Desktop/PortalAppearance.h"
@@ -94,6 +95,15 @@ std::unique_ptr<Offer> makeExtensionOffer() {
     return std::make_unique<GnomeExtensionOffer>(QDBusConnection::sessionBus(), GnomeExtensionOffer::standardProgram());
 }
 
+bool isGnome(const LinuxSession& session) {
+    return std::ranges::find(session.desktops, "GNOME") != session.desktops.end();
+}
+
+std::unique_ptr<TrayHost> makeTrayHost(const LinuxSession& session) {
+    if (isGnome(session)) return std::make_unique<GnomeTrayHost>(QDBusConnection::sessionBus());
+    return std::make_unique<StatusNotifierHost>();
+}
+
 std::unique_ptr<PlatePanel> makePlatePanel(const LinuxSession& session, const Appearance& appearance) {
     auto panel = session.hasWayland ? LayerShellPlatePanel::create(appearance) : nullptr;
     return panel ? std::move(panel) : std::make_unique<X11PlatePanel>();
@@ -110,7 +120,7 @@ Platform makePlatform() {
     auto service = session.isX11() ? nullptr : makeServiceTap(serviceWait);
     auto inputSources = makeLinuxInputSources();
     std::unique_ptr<EventTap> eventTap;
-    auto trayHost = std::make_unique<StatusNotifierHost>();
+    auto trayHost = makeTrayHost(session);
     std::vector<std::unique_ptr<Offer>> offers;
     offers.push_back(std::make_unique<MissingTray>(*trayHost));
     if (session.isX11()) {
@@ -118,8 +128,7 @@ Platform makePlatform() {
     } else {
         auto tap = makeWaylandTap(std::move(service), *permissionRequest, *inputSources, offers);
         offers.push_back(std::make_unique<ServiceOffer>(*tap, *permissionRequest));
-        if (std::ranges::find(session.desktops, "GNOME") != session.desktops.end())
-            offers.push_back(makeExtensionOffer());
+        if (isGnome(session)) offers.push_back(makeExtensionOffer());
         eventTap = std::move(tap);
     }
     auto appearance = std::make_unique<PortalAppearance>();

@@ -4,6 +4,7 @@ namespace quillmere {
 
 MissingTray::MissingTray(const TrayHost& trayHost) : trayHost_(trayHost) {
     connect(&trayHost, &TrayHost::becameAvailable, this, &Offer::changed);
+    connect(&trayHost, &TrayHost::placeForMenuChanged, this, &Offer::changed);
 }
 
 QString MissingTray::text() const {

@@ -11,7 +11,7 @@ public:
     /// `trayHost` must outlive this.
     explicit MissingTray(const TrayHost& trayHost);
 
-    bool isOpen() const override { return !trayHost_.isAvailable(); }
+    bool isOpen() const override { return !trayHost_.isAvailable() && !trayHost_.hasPlaceForMenu(); }
     QString text() const override;
     /// Only the user can do something about it.
     QString action() const override { return {}; }
