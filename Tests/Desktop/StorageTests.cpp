@@ -66,8 +66,13 @@ class MalformedConfigurationTest : public StorageTest, public testing::WithParam
 TEST_P(MalformedConfigurationTest, TheDefaultsApplyAndTheBytesStayUntilTheNextChange) {
     startDesktop();
     desktop().settings().set("config", GetParam().bytes, GetParam().type);
-    startWitness();
-    ASSERT_NO_FATAL_FAILURE(startProgramWithoutShortcut());
+    if (GetParam().type == std::string("data")) {
+        startWitness();
+        ASSERT_NO_FATAL_FAILURE(startProgramWithoutShortcut());
+    } else {
+        // Under another type it is as good as not there.
+        ASSERT_NO_FATAL_FAILURE(startForTheFirstTime());
+    }
     ASSERT_NO_FATAL_FAILURE(expectDefaults());
     EXPECT_EQ(storedConfiguration(), GetParam().bytes);
     ASSERT_TRUE(tray().click("Active"));

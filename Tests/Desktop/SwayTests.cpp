@@ -122,6 +122,7 @@ TEST_F(SwayTest, WhatTheProgramStartsChoosesItsOwnDisplay) {
 }
 
 TEST_F(SwayTest, TheSettingsListTheDesktopsLayoutsAndHaveTheProgramsIcon) {
+    store({{.sources = {"xkb:us", "xkb:ua"}}});
     startService();
     ASSERT_NO_FATAL_FAILURE(startProgram());
     ASSERT_TRUE(tray.click("Settings…"));
