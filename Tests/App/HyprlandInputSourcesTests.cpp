@@ -119,6 +119,16 @@ TEST_P(HyprlandInputSourcesTest, KeyboardsOfOtherListsAreSwitchedByTheirOwnNumbe
     EXPECT_EQ(desktop->layoutsInUse(), (Indices{1, 1, 0, 1}));
 }
 
+TEST_P(HyprlandInputSourcesTest, AProgramsKeyboardIsNotInTheWay) {
+    ASSERT_EQ(select("xkb:ua"), 0);
+    // Its only layout is not the second: the desktop says so instead of "ok".
+    desktop->plugIn("hl-virtual-keyboard-fcitx5", {{"us", "", "English (US)"}});
+    EXPECT_EQ(ids().size(), 3U);
+    EXPECT_EQ(currentID(), "xkb:ua");
+    EXPECT_EQ(select("xkb:de+dvorak"), 0);
+    EXPECT_EQ(desktop->layoutsInUse(), (Indices{2, 2, 0}));
+}
+
 TEST_P(HyprlandInputSourcesTest, ASwitchOfTheDesktopsOwnIsWhatIsCurrent) {
     ASSERT_EQ(select("xkb:ua"), 0);
     desktop->switchKeyboard(FakeHyprland::board, 2);

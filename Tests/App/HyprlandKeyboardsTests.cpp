@@ -75,6 +75,30 @@ TEST_F(HyprlandKeyboardsTest, OneRequestReachesKeyboardsOfOneKindAndSeveralThose
     EXPECT_EQ(others->requests(ua), (std::vector<std::string>{"switchxkblayout a 1", "switchxkblayout b 0"}));
 }
 
+TEST_F(HyprlandKeyboardsTest, AProgramsKeyboardDoesNotSpeakForTheDesktopAndIsNotWaitedFor) {
+    const QByteArray real = keyboard("a", "us,ua", "", R"("active_layout_index": 1, "main": false)");
+    // It is told as having the layouts of the configuration, whatever its keymap is.
+    for (const char* layouts : {"us,ua", "fr,us,ua"}) {
+        const auto both =
+            read(real + ","
+                 + keyboard("hl-virtual-keyboard-fcitx5", layouts, "", R"("active_layout_index": 0, "main": true)"));
+        EXPECT_EQ(both->layouts(), (std::vector{us, ua})) << layouts;
+        EXPECT_EQ(both->current(std::nullopt), ua);
+        EXPECT_TRUE(both->isInUse(ua));
+        EXPECT_EQ(both->request(us), "switchxkblayout all 0");
+        EXPECT_EQ(both->requests(us), std::vector<std::string>{"switchxkblayout a 0"});
+    }
+    const auto alone = read(keyboard("hl-virtual-keyboard", "us,ua", "", R"("active_layout_index": 1, "main": true)"));
+    EXPECT_EQ(alone->current(std::nullopt), ua) << "as on a desktop that is used from afar";
+}
+
+TEST_F(HyprlandKeyboardsTest, WhereNoneIsMarkedTheOneWithTheMostLayoutsIsTheMainOne) {
+    const auto keyboards = read(keyboard("button", "us", "", R"("active_layout_index": 0)") + ","
+                                + keyboard("b", "us,ua", "", R"("active_layout_index": 1)"));
+    EXPECT_EQ(keyboards->layouts(), (std::vector{us, ua}));
+    EXPECT_EQ(keyboards->current(std::nullopt), ua);
+}
+
 TEST_F(HyprlandKeyboardsTest, ANameThatWouldBeReadAsSeveralWordsIsLeftAlone) {
     const auto keyboards = read(keyboard("a 1; dispatch exit", "us,ua", "", R"("active_layout_index": 0)"));
     EXPECT_TRUE(keyboards->requests(ua).empty());

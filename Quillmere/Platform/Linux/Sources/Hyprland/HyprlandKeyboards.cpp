@@ -7,10 +7,14 @@
 
 #include <algorithm>
 #include <cctype>
+#include <string_view>
 
 namespace quillmere {
 
 namespace {
+
+// How the names of virtual keyboards begin; that of who has made one may follow.
+constexpr std::string_view virtualPrefix = "hl-virtual-keyboard";
 
 /// "us, ch(fr)" and ",dvorak" belong together item by item; a variant may also
 /// stand in brackets.
@@ -70,7 +74,7 @@ std::optional<HyprlandKeyboards> HyprlandKeyboards::parse(QByteArray answer, Xkb
     const QJsonObject devices = QJsonDocument::fromJson(answer).object();
     if (!devices["keyboards"].isArray()) return std::nullopt;
     HyprlandKeyboards result;
-    bool isMarked = false;
+    std::string marked;
     for (const auto& entry : devices["keyboards"].toArray()) {
         const QJsonObject object = entry.toObject();
         Keyboard keyboard{.name = object["name"].toString().toStdString(),
@@ -79,14 +83,24 @@ std::optional<HyprlandKeyboards> HyprlandKeyboards::parse(QByteArray answer, Xkb
                           .active = std::nullopt};
         if (keyboard.layouts.empty()) continue;
         keyboard.active = activeIn(object, keyboard.layouts, registry);
-        if (object["main"].toBool() && !isMarked) {
-            result.main_ = result.keyboards_.size();
-            isMarked = true;
-        }
+        keyboard.isVirtual = keyboard.name.starts_with(virtualPrefix);
+        if (object["main"].toBool()) marked = keyboard.name;
         result.keyboards_.push_back(std::move(keyboard));
     }
-    if (!result.keyboards_.empty()) result.layouts_ = result.keyboards_[result.main_].layouts;
+    result.chooseMain(marked);
     return result;
+}
+
+void HyprlandKeyboards::chooseMain(const std::string& marked) {
+    isMainVirtual_ = std::ranges::all_of(keyboards_, &Keyboard::isVirtual);
+    for (std::size_t i = 0; i < keyboards_.size(); ++i) {
+        const Keyboard& keyboard = keyboards_[i];
+        const bool isMarked = keyboard.name == marked;
+        if (!counts(keyboard) || (!isMarked && keyboard.layouts.size() <= layouts_.size())) continue;
+        main_ = i;
+        layouts_ = keyboard.layouts;
+        if (isMarked) return;
+    }
 }
 
 std::optional<XkbLayout> HyprlandKeyboards::current(const std::optional<XkbLayout>& last) const {
@@ -112,7 +126,8 @@ bool HyprlandKeyboards::isInUse(const XkbLayout& layout) const {
 
 std::string HyprlandKeyboards::request(const XkbLayout& layout) const {
     const std::optional<std::size_t> index = indexOf(layouts_, layout);
-    const bool isUniform = std::ranges::all_of(keyboards_, [&](const Keyboard& each) { return isPeer(each); });
+    const bool isUniform =
+        std::ranges::all_of(keyboards_, [&](const Keyboard& each) { return isPeer(each) || !counts(each); });
     if (!index || !isUniform) return {};
     // Never "next": each keyboard would go on from where it is.
     return "switchxkblayout all " + std::to_string(*index);
@@ -120,8 +135,10 @@ std::string HyprlandKeyboards::request(const XkbLayout& layout) const {
 
 std::vector<std::string> HyprlandKeyboards::requests(const XkbLayout& layout) const {
     std::vector<std::string> result;
-    for (const Keyboard& keyboard : keyboards_)
+    for (const Keyboard& keyboard : keyboards_) {
+        if (!counts(keyboard)) continue;
         if (std::string request = keyboard.request(layout); !request.empty()) result.push_back(std::move(request));
+    }
     return result;
 }
 

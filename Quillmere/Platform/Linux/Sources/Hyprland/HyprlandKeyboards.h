@@ -17,8 +17,10 @@ namespace quillmere {
 ///
 /// In Hyprland every keyboard has its own list of layouts and its own layout in
 /// use. The desktop's layouts are those of the keyboard that it marks as the
-/// main one, of the first where it marks none. Keyboards with the same list are
-/// its peers.
+/// main one; where it marks none of them, of the one with the most layouts.
+/// Keyboards with the same list are its peers. The virtual keyboards of programs,
+/// as fcitx5 has one, bring keymaps of their own, whatever is told of their
+/// layouts, and count only where there is no other keyboard.
 class HyprlandKeyboards {
 public:
     HyprlandKeyboards() = default;
@@ -60,15 +62,19 @@ private:
         std::string address;  ///< another one once it has been away, most of the time
         std::vector<XkbLayout> layouts;
         std::optional<std::size_t> active;
+        bool isVirtual = false;
 
         std::string request(const XkbLayout& layout) const;
         bool uses(const XkbLayout& layout) const { return active && layouts[*active] == layout; }
     };
 
-    bool isPeer(const Keyboard& keyboard) const { return keyboard.layouts == layouts_; }
+    void chooseMain(const std::string& marked);
+    bool counts(const Keyboard& keyboard) const { return keyboard.isVirtual == isMainVirtual_; }
+    bool isPeer(const Keyboard& keyboard) const { return counts(keyboard) && keyboard.layouts == layouts_; }
 
     std::vector<Keyboard> keyboards_;
     std::size_t main_ = 0;
+    bool isMainVirtual_ = false;
     std::vector<XkbLayout> layouts_;
 };
 
