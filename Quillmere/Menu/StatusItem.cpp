@@ -30,7 +30,7 @@ QPoint besideIcon(const QRect& icon, const QSize& menu) {
 }
 
 QString toolTip(const ConfigModel& model) {
-    const QString name = QStringLiteral("Quillmere");
+    QString name = QStringLiteral("Quillmere");
     if (!model.waitsForFnInVain()) return name;
     return name + QStringLiteral("\nThis keyboard does not tell of Fn: choose another shortcut in the settings");
 }
