@@ -126,7 +126,7 @@ Platform makePlatform() {
     if (session.isX11()) {
         eventTap = makeX11Tap();
     } else {
-        auto tap = makeWaylandTap(std::move(service), *permissionRequest, *inputSources, offers);
+        auto tap = makeWaylandTap(std::move(service), *permissionRequest, inputSources->desktop(), offers);
         offers.push_back(std::make_unique<ServiceOffer>(*tap, *permissionRequest));
         if (isGnome(session)) offers.push_back(makeExtensionOffer());
         eventTap = std::move(tap);

@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/Sources/LinuxInputSources.h"
 
+#include "Quillmere/Platform/Linux/Sources/Fcitx/FcitxFramework.h"
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Hyprland/HyprlandInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Kde/KdeInputSources.h"
@@ -46,7 +47,7 @@ int LinuxInputSources::select(const InputSourceRecord& source) {
     return ask(statusRefused, [&](DesktopInputSources& kind) { return kind.select(source); });
 }
 
-std::unique_ptr<InputSourceService> makeLinuxInputSources() {
+std::unique_ptr<ComposedInputSources> makeLinuxInputSources() {
     std::vector<std::unique_ptr<DesktopInputSources>> kinds;
     // Compositors first, since most of them have an X server too; and GNOME and
     // KDE have the last word about their layouts on one.
@@ -55,7 +56,10 @@ std::unique_ptr<InputSourceService> makeLinuxInputSources() {
     kinds.push_back(HyprlandInputSources::create());
     kinds.push_back(KdeInputSources::create());
     kinds.push_back(XkbInputSources::create());
-    return std::make_unique<LinuxInputSources>(std::move(kinds));
+    std::vector<std::unique_ptr<InputMethodFramework>> frameworks;
+    frameworks.push_back(FcitxFramework::create());
+    return std::make_unique<ComposedInputSources>(std::make_unique<LinuxInputSources>(std::move(kinds)),
+                                                  std::move(frameworks));
 }
 
 }  // namespace quillmere

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Quillmere/Platform/InputSourceService.h"
+#include "Quillmere/Platform/Linux/Sources/ComposedInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/DesktopInputSources.h"
 
 #include <memory>
@@ -29,7 +30,7 @@ private:
     std::vector<std::unique_ptr<DesktopInputSources>> kinds_;
 };
 
-/// Those of this session.
-std::unique_ptr<InputSourceService> makeLinuxInputSources();
+/// Those of this session, and of the input methods beside them.
+std::unique_ptr<ComposedInputSources> makeLinuxInputSources();
 
 }  // namespace quillmere

@@ -4,6 +4,7 @@
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeSettingsHelper.h"
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeSettingsSources.h"
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeSourceIDs.h"
+#include "Quillmere/Platform/Linux/Sources/LanguageCode.h"
 #include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 
 #include <algorithm>
@@ -31,11 +32,6 @@ XkbLayout layoutOf(const std::string& id) {
     const std::size_t plus = id.find('+');
     if (plus == std::string::npos) return {.layout = id, .variant = {}};
     return {.layout = id.substr(0, plus), .variant = id.substr(plus + 1)};
-}
-
-/// "zh" of "zh_CN".
-std::string languageOf(const std::string& code) {
-    return code.substr(0, code.find_first_of("_-@."));
 }
 
 }  // namespace
@@ -94,7 +90,7 @@ InputSourceRecord GnomeInputSources::recordOf(const GnomeListedSource& listed) {
         if (described && listed.name.empty()) record.localizedName = described->name;
         if (described) record.languages = described->languages;
     }
-    if (record.languages.empty() && !listed.language.empty()) record.languages = {languageOf(listed.language)};
+    if (record.languages.empty() && !listed.language.empty()) record.languages = {languageCode(listed.language)};
     return record;
 }
 
