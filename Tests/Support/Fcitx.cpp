@@ -28,11 +28,10 @@ QDBusArgument& operator<<(QDBusArgument& argument, const Entry& entry) {
     return argument;
 }
 
-const QDBusArgument& operator>>(const QDBusArgument& argument, Entry& entry) {
+void operator>>(const QDBusArgument& argument, Entry& entry) {
     argument.beginStructure();
     argument >> entry.method >> entry.layout;
     argument.endStructure();
-    return argument;
 }
 
 std::string profile(const std::vector<std::string>& methods) {
