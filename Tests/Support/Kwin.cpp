@@ -5,6 +5,7 @@
 #include "Tests/Support/WaitUntil.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusMetaType>
 
 #include <fstream>
 
@@ -91,6 +92,14 @@ std::string Kwin::displayTeller() const {
 void Kwin::setLayouts(const std::string& layouts, const std::string& variants) {
     writeLayouts(layouts, variants);
     bus_.send(QDBusMessage::createSignal(QStringLiteral("/Layouts"), keyboardName, QStringLiteral("reloadConfig")));
+    // A newer one hears of it as of every change of a file with settings.
+    QDBusMessage changed = QDBusMessage::createSignal(
+        QStringLiteral("/kxkbrc"), QStringLiteral("org.kde.kconfig.notify"), QStringLiteral("ConfigChanged"));
+    qDBusRegisterMetaType<QByteArrayList>();
+    qDBusRegisterMetaType<QMap<QString, QByteArrayList>>();
+    changed << QVariant::fromValue(QMap<QString, QByteArrayList>{
+        {QStringLiteral("Layout"), {"Use", "LayoutList", "VariantList", "ResetOldOptions", "SwitchMode"}}});
+    bus_.send(changed);
 }
 
 void Kwin::writeLayouts(const std::string& layouts, const std::string& variants) const {

@@ -5,11 +5,8 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QList>
 
-#include <algorithm>
-#include <array>
 #include <chrono>
 #include <utility>
 
@@ -38,6 +35,7 @@ namespace {
 
 const QString service = QStringLiteral("org.kde.kglobalaccel");
 const QString component = QStringLiteral("quillmere");
+const QString questionForOwners = QStringLiteral("getGlobalShortcutsByKey");
 const QString componentPath = QStringLiteral("/component/quillmere");
 const QString componentInterface = QStringLiteral("org.kde.kglobalaccel.Component");
 
@@ -57,8 +55,29 @@ QDBusMessage call(const QString& method, const QVariantList& arguments) {
     return message;
 }
 
-bool hasKey(const KdeKeySequence& sequence) {
-    return sequence.strokes.value(0) != 0;
+/// Who has a combination.
+struct Owner {
+    QString program;
+    QString label;  ///< the program's, as the desktop shows it
+};
+
+/// Of an answer to the question for them; absent when it is none.
+std::optional<std::vector<Owner>> ownersIn(const QDBusMessage& answer) {
+    const auto list = answer.arguments().value(0).value<QDBusArgument>();
+    if (list.currentSignature() != QLatin1String("a(ssssssaiai)")) return std::nullopt;
+    std::vector<Owner> owners;
+    list.beginArray();
+    while (!list.atEnd()) {
+        QString shortcut;
+        QString shortcutLabel;
+        Owner owner;
+        list.beginStructure();
+        list >> shortcut >> shortcutLabel >> owner.program >> owner.label;
+        list.endStructure();
+        owners.push_back(std::move(owner));
+    }
+    list.endArray();
+    return owners;
 }
 
 /// Who a shortcut is to the desktop: program and shortcut, each with its label.
@@ -87,18 +106,10 @@ bool KdeGlobalShortcuts::areThere(const QDBusConnection& bus) {
 }
 
 std::optional<QString> KdeGlobalShortcuts::holder(const QDBusConnection& bus, int key) {
-    const QDBusMessage answer = bus.call(call(QStringLiteral("getGlobalShortcutsByKey"), {key}), QDBus::Block,
-                                         static_cast<int>(patienceOfQuestions.count()));
-    const auto list = answer.arguments().value(0).value<QDBusArgument>();
-    if (list.currentSignature() != QLatin1String("a(ssssssaiai)")) return std::nullopt;
-    // Of the shortcut and of its program, a name and a label each.
-    std::array<QString, 4> texts;
-    list.beginArray();
-    if (list.atEnd()) return QString();
-    list.beginStructure();
-    for (QString& text : texts)
-        list >> text;
-    return texts.back();
+    const auto owners =
+        ownersIn(bus.call(call(questionForOwners, {key}), QDBus::Block, static_cast<int>(patienceOfQuestions.count())));
+    if (!owners) return std::nullopt;
+    return owners->empty() ? QString() : owners->front().label;
 }
 
 void KdeGlobalShortcuts::listen() {
@@ -144,16 +155,22 @@ void KdeGlobalShortcuts::put(const QString& name, const Wanted& wanted) {
     const QStringList id = identity(name, wanted.label);
     bus_.send(call(QStringLiteral("doRegister"), {id}));
     // A combination that is somebody else's is left out by the desktop.
-    const QDBusPendingCall answer = bus_.asyncCall(
+    bus_.send(
         call(QStringLiteral("setShortcutKeys"), {id, QVariant::fromValue(sequences), setPresent | noAutoloading}));
+    if (!wanted.keys.empty()) askForOwner(name, wanted);
+}
+
+/// Newer desktops answer to the setting itself as if all had been given.
+void KdeGlobalShortcuts::askForOwner(const QString& name, const Wanted& wanted) {
+    const QDBusPendingCall answer = bus_.asyncCall(call(questionForOwners, {wanted.keys.front()}));
     auto* const watcher = new QDBusPendingCallWatcher(answer, this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, name, wanted] {
         watcher->deleteLater();
-        const QDBusPendingReply<QList<KdeKeySequence>> reply = *watcher;
         const auto now = set_.find(name);
-        if (reply.isError() || now == set_.end() || now->second != wanted) return;
-        const QList<KdeKeySequence> given = reply.value();
-        emit refused(name, std::ranges::none_of(given, hasKey));
+        const auto owners = ownersIn(watcher->reply());
+        if (!owners || now == set_.end() || now->second != wanted) return;
+        // The first one has the keys, should there be several.
+        emit refused(name, !owners->empty() && owners->front().program != component);
     });
 }
 

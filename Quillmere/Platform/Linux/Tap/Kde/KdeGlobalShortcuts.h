@@ -53,8 +53,8 @@ signals:
     void pressed(const QString& name);
     /// It has gone up.
     void released(const QString& name);
-    /// Of all combinations of the shortcut with this name each is somebody
-    /// else's, or no longer so; comes whenever it has been set.
+    /// The first combination of the shortcut with this name is somebody else's,
+    /// or it is not; comes whenever it has been set.
     void refused(const QString& name, bool isRefused);
 
 private slots:
@@ -66,6 +66,7 @@ private:
     void listen();
     void askForLeftovers();
     void put(const QString& name, const Wanted& wanted);
+    void askForOwner(const QString& name, const Wanted& wanted);
     void remove(const QString& name);
 
     QDBusConnection bus_;
