@@ -149,6 +149,9 @@ TEST_P(SwayAppearance, ThePermissionWindowGetsTheGrantThroughTheSystemsOwnDialog
     const std::string scheme = GetParam();
     ChildProcess portal(graphical().program("portal", {programPath("settings_portal"), scheme}));
     ASSERT_TRUE(waitUntil([&] { return !portal.output().empty(); }));
+    // Not for the first time, when the settings come as well.
+    graphical().settings().set("config",
+                               support::configurationText({{.keyCode = 63, .modifiers = 0, .sources = layouts}}));
     graphical().startQuillmere();
     ASSERT_TRUE(waitUntil([this] { return showsTitle("Quillmere needs permission"); })) << quillmere().output();
     monitor().screenshot("permission-needed-" + scheme);
