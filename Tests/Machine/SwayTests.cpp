@@ -97,6 +97,16 @@ protected:
         return terminalGets(before, text);
     }
 
+    /// Whether the compositor comes to hear the keyboard at all: on a busy machine
+    /// it takes up a clone late.
+    bool isHeard() {
+        return waitUntil([&] {
+            const std::size_t before = terminal().size();
+            monitor().type(taps({KEY_SPACE}));
+            return waitUntil([&] { return terminal().size() > before; }, moment);
+        });
+    }
+
     /// All that the terminal has got so far.
     std::string terminal() const { return contents(typed()); }
 
@@ -281,6 +291,7 @@ TEST_F(Sway, ACompositorThatIsStoppedAndContinuedLosesNoKey) {
 TEST_F(Sway, AnApplicationThatIsStoppedHoldsNothingUpAndGoesOnWhenItIsContinued) {
     startQuillmere({.sources = layouts});
     ASSERT_TRUE(becomesGrabbed());
+    ASSERT_TRUE(isHeard());
     ASSERT_TRUE(types(letters, "asz"));
     quillmere().signal(SIGSTOP);
     const std::string before = terminal();
@@ -304,6 +315,7 @@ TEST_F(Sway, AnApplicationThatIsStoppedHoldsNothingUpAndGoesOnWhenItIsContinued)
 TEST_F(Sway, AnApplicationThatIsKilledWithItsShortcutHeldLeavesNoKeyDown) {
     startQuillmere({.sources = layouts});
     ASSERT_TRUE(becomesGrabbed());
+    ASSERT_TRUE(isHeard());
     ASSERT_TRUE(types(letters, "asz"));
     monitor().type({shortcut.begin(), shortcut.begin() + 3});
     quillmere().kill();
