@@ -38,15 +38,15 @@ BusService::BusService(const QDBusConnection& bus, Address address, Clock::time_
 }
 
 QDBusMessage BusService::message(const Call& call) const {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(address_.name, address_.path, address_.interface, call.method);
+    const QString& interface = call.interface.isEmpty() ? address_.interface : call.interface;
+    QDBusMessage message = QDBusMessage::createMethodCall(address_.name, address_.path, interface, call.method);
     message.setArguments(call.arguments);
     message.setAutoStartService(false);
     return message;
 }
 
 std::optional<std::vector<QVariantList>> BusService::call(std::span<const Call> calls, Clock::time_point deadline) {
-    if (!isOwned_ || sign_ || Clock::now() >= deadline) return std::nullopt;
+    if (!isAnswering() || Clock::now() >= deadline) return std::nullopt;
     std::vector<QDBusPendingCall> pending;
     for (const Call& each : calls)
         pending.push_back(bus_.asyncCall(message(each), millisecondsUntil(deadline)));
@@ -73,7 +73,7 @@ void BusService::noteError(const QDBusMessage& error) {
 }
 
 void BusService::waitForSign() {
-    const QDBusMessage question = message({address_.harmlessMethod, {}});
+    const QDBusMessage question = message({address_.harmlessMethod, {}, {}});
     sign_ = std::make_unique<QDBusPendingCallWatcher>(bus_.asyncCall(question, std::numeric_limits<int>::max()));
     connect(sign_.get(), &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* watcher) {
         if (watcher != sign_.get()) return;

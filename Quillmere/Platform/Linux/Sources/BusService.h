@@ -27,6 +27,7 @@ public:
     struct Call {
         QString method;
         QVariantList arguments;
+        QString interface;  ///< empty: that of the address
     };
 
     /// Where it is to be found, and a method without arguments or effect, by
@@ -43,6 +44,10 @@ public:
 
     /// Whether somebody has the name.
     bool isOwned() const { return isOwned_; }
+
+    /// Whether a call would be sent: somebody has the name and does not stand
+    /// still.
+    bool isAnswering() const { return isOwned_ && !sign_; }
 
     /// Makes the calls together and returns their answers in order; none when
     /// one is an error or missing at the deadline. After that nothing is sent

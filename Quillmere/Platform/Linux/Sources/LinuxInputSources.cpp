@@ -3,6 +3,7 @@
 #include "Quillmere/Platform/Linux/Sources/Fcitx/FcitxFramework.h"
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Hyprland/HyprlandInputSources.h"
+#include "Quillmere/Platform/Linux/Sources/Ibus/IbusFramework.h"
 #include "Quillmere/Platform/Linux/Sources/Kde/KdeInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Sway/SwayInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Xkb/XkbInputSources.h"
@@ -51,13 +52,18 @@ std::unique_ptr<ComposedInputSources> makeLinuxInputSources() {
     std::vector<std::unique_ptr<DesktopInputSources>> kinds;
     // Compositors first, since most of them have an X server too; and GNOME and
     // KDE have the last word about their layouts on one.
-    kinds.push_back(GnomeInputSources::create());
+    std::unique_ptr<DesktopInputSources> gnome = GnomeInputSources::create();
+    // It lives as long as the frameworks beside it, or longer.
+    const auto isOnGnome = [gnome = gnome.get()] { return gnome != nullptr && gnome->isAvailable(); };
+    kinds.push_back(std::move(gnome));
     kinds.push_back(SwayInputSources::create());
     kinds.push_back(HyprlandInputSources::create());
     kinds.push_back(KdeInputSources::create());
     kinds.push_back(XkbInputSources::create());
     std::vector<std::unique_ptr<InputMethodFramework>> frameworks;
     frameworks.push_back(FcitxFramework::create());
+    // GNOME Shell has its engines among its own sources.
+    frameworks.push_back(std::make_unique<IbusFramework>(isOnGnome));
     return std::make_unique<ComposedInputSources>(std::make_unique<LinuxInputSources>(std::move(kinds)),
                                                   std::move(frameworks));
 }
