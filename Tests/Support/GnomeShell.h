@@ -78,6 +78,7 @@ public:
 
 private:
     void prepareHome() const;
+    void leaveOutIbus();
     void installExtension() const;
     void startSettings();
     void waitUntilUp() const;
