@@ -73,7 +73,7 @@ GnomeShell::GnomeShell(const std::filesystem::path& folder, const Environment& e
     environment_["XDG_CACHE_HOME"] = folder_ / "cache";
     environment_["XDG_RUNTIME_DIR"] = folder_ / "runtime";
     environment_["XDG_CURRENT_DESKTOP"] = "GNOME";
-    environment_["XDG_SESSION_TYPE"] = "wayland";
+    environment_["XDG_SESSION_TYPE"] = options_.xServer.empty() ? "wayland" : "x11";
     environment_["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
     environment_["DBUS_SYSTEM_BUS_ADDRESS"] = systemBus_->address();
     environment_["GSETTINGS_BACKEND"] = "dconf";
@@ -166,6 +166,7 @@ void GnomeShell::setSources(const std::vector<std::string>& sources) const {
 
 void GnomeShell::start() {
     process_.reset();
+    if (!options_.xServer.empty()) return startOnX();
     // Without a session of systemd's; with the door open by which `evaluate` comes in.
     std::vector<std::string> arguments{"gnome-shell",       "--headless", "--wayland",         "--unsafe-mode",
                                        "--virtual-monitor", "1280x800",   "--wayland-display", socketName};
@@ -174,6 +175,13 @@ void GnomeShell::start() {
     waitUntilUp();
     environment_["WAYLAND_DISPLAY"] = waylandDisplay();
     if (options_.hasXwayland) takeXDisplay();
+}
+
+void GnomeShell::startOnX() {
+    xDisplay_ = options_.xServer;
+    environment_["DISPLAY"] = xDisplay_;
+    process_ = std::make_unique<ChildProcess>(asUser({"gnome-shell", "--x11", "--unsafe-mode"}, "log"));
+    waitUntilUp();
 }
 
 void GnomeShell::waitUntilUp() const {

@@ -16,7 +16,7 @@
 
 namespace quillmere::support {
 
-/// A Wayland desktop of one's own: GNOME's Shell, without a screen.
+/// A desktop of one's own: GNOME's Shell, without a screen.
 class GnomeShell {
 public:
     struct Options {
@@ -26,6 +26,9 @@ public:
         /// unpacked for the person and switched on; empty: a stock desktop.
         std::filesystem::path extension;
         bool hasXwayland = false;
+        /// The X server to be the desktop of (":7"), as GNOME on Xorg is; empty: it
+        /// is a Wayland compositor.
+        std::string xServer;
     };
 
     /// Starts it on this bus and waits until it serves, with its extension on
@@ -39,9 +42,9 @@ public:
 
     /// What a program of this desktop finds in its environment.
     const Environment& environment() const { return environment_; }
-    /// For WAYLAND_DISPLAY: an absolute path.
+    /// For WAYLAND_DISPLAY: an absolute path. Not on an X server.
     std::string waylandDisplay() const;
-    /// For DISPLAY, of its Xwayland; empty without one.
+    /// For DISPLAY: its Xwayland's, or its X server's; empty without either.
     const std::string& xDisplay() const { return xDisplay_; }
     /// Whether one of an extension's forms in this folder is for this version.
     bool fits(const std::filesystem::path& forms) const;
@@ -81,6 +84,7 @@ private:
     void leaveOutIbus();
     void installExtension() const;
     void startSettings();
+    void startOnX();
     void waitUntilUp() const;
     void takeXDisplay();
     ChildProcess::Options asUser(const std::vector<std::string>& arguments, const std::string& output) const;

@@ -4,11 +4,6 @@
 
 #include <QMargins>
 
-#include <X11/Xlib.h>
-#include <X11/extensions/XInput2.h>
-
-#include <array>
-
 namespace quillmere::support {
 
 namespace {
@@ -19,17 +14,6 @@ Environment merged(Environment environment, const Environment& additions) {
     for (const auto& [name, value] : additions)
         environment[name] = value;
     return environment;
-}
-
-int masterKeyboard(Display* display) {
-    int pointer = 0;
-    XIGetClientPointer(display, None, &pointer);
-    int count = 0;
-    XIDeviceInfo* device = XIQueryDevice(display, pointer, &count);
-    // A master pointer's attachment is its master keyboard.
-    const int keyboard = device != nullptr && count > 0 ? device->attachment : 0;
-    if (device != nullptr) XIFreeDeviceInfo(device);
-    return keyboard;
 }
 
 }  // namespace
@@ -45,20 +29,7 @@ Program::Program(const std::filesystem::path& program, Desktop& desktop, const O
       }) {}
 
 bool Program::holdsGrab(Key key, unsigned int modifiers) const {
-    // Two programs cannot have the same grab, so a refusal tells of the other.
-    // The server is ours alone meanwhile: our own attempt disturbs nobody.
-    Display* display = desktop_.connection().display();
-    std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
-    XIEventMask mask{XIAllMasterDevices, static_cast<int>(bits.size()), bits.data()};
-    XIGrabModifiers wanted{static_cast<int>(modifiers), 0};
-    const int keyboard = masterKeyboard(display);
-    XGrabServer(display);
-    const int refused = XIGrabKeycode(display, keyboard, static_cast<int>(key), DefaultRootWindow(display),
-                                      GrabModeAsync, GrabModeAsync, False, &mask, 1, &wanted);
-    if (refused == 0) XIUngrabKeycode(display, keyboard, static_cast<int>(key), DefaultRootWindow(display), 1, &wanted);
-    XUngrabServer(display);
-    XSync(display, False);
-    return refused > 0;
+    return desktop_.server().isGrabbed(key, modifiers);
 }
 
 bool Program::waitForGrab(Key key, unsigned int modifiers) {

@@ -4,8 +4,26 @@
 #include "Tests/Support/SupportError.h"
 
 #include <X11/XKBlib.h>
+#include <X11/extensions/XInput2.h>
+
+#include <array>
 
 namespace quillmere::support {
+
+namespace {
+
+int masterKeyboard(Display* display) {
+    int pointer = 0;
+    XIGetClientPointer(display, None, &pointer);
+    int count = 0;
+    XIDeviceInfo* device = XIQueryDevice(display, pointer, &count);
+    // A master pointer's attachment is its master keyboard.
+    const int keyboard = device != nullptr && count > 0 ? device->attachment : 0;
+    if (device != nullptr) XIFreeDeviceInfo(device);
+    return keyboard;
+}
+
+}  // namespace
 
 XServer::XServer(const std::filesystem::path& folder, const Environment& environment, QSize screen)
     : environment_(environment) {
@@ -73,6 +91,23 @@ void XServer::setGroup(int group) {
 void XServer::setRepeat(unsigned int delay, unsigned int interval) {
     XkbSetAutoRepeatRate(connection_->display(), XkbUseCoreKbd, delay, interval);
     connection_->synchronize();
+}
+
+bool XServer::isGrabbed(Key key, unsigned int modifiers) const {
+    // Two programs cannot have the same grab, so a refusal tells of the other.
+    // The server is ours alone meanwhile: our own attempt disturbs nobody.
+    Display* display = connection_->display();
+    std::array<unsigned char, XIMaskLen(XI_LASTEVENT)> bits{};
+    XIEventMask mask{XIAllMasterDevices, static_cast<int>(bits.size()), bits.data()};
+    XIGrabModifiers wanted{static_cast<int>(modifiers), 0};
+    const int keyboard = masterKeyboard(display);
+    XGrabServer(display);
+    const int refused = XIGrabKeycode(display, keyboard, static_cast<int>(key), DefaultRootWindow(display),
+                                      GrabModeAsync, GrabModeAsync, False, &mask, 1, &wanted);
+    if (refused == 0) XIUngrabKeycode(display, keyboard, static_cast<int>(key), DefaultRootWindow(display), 1, &wanted);
+    XUngrabServer(display);
+    XSync(display, False);
+    return refused > 0;
 }
 
 }  // namespace quillmere::support

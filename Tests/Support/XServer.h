@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ChildProcess.h"
 #include "Tests/Support/Environment.h"
+#include "Tests/Support/Keys.h"
 #include "Tests/Support/XConnection.h"
 
 #include <QRect>
@@ -39,6 +40,10 @@ public:
 
     /// Software repeat of held keys, in milliseconds.
     void setRepeat(unsigned int delay, unsigned int interval);
+
+    /// Whether some client holds the grab of this key combination at this
+    /// moment. `modifiers` are core modifier bits.
+    bool isGrabbed(Key key, unsigned int modifiers) const;
 
     XConnection& connection() { return *connection_; }
 

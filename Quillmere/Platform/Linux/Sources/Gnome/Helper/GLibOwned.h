@@ -7,9 +7,10 @@
 namespace quillmere::gnomehelper {
 
 struct ObjectDeleter {
-    void operator()(GSettings* settings) const { g_object_unref(settings); }
+    void operator()(gpointer object) const { g_object_unref(object); }
 };
 using OwnedSettings = std::unique_ptr<GSettings, ObjectDeleter>;
+using OwnedConnection = std::unique_ptr<GDBusConnection, ObjectDeleter>;
 
 struct VariantDeleter {
     void operator()(GVariant* variant) const { g_variant_unref(variant); }

@@ -1,5 +1,7 @@
 #include "Quillmere/Platform/Linux/Sources/Gnome/Helper/PairSwitch.h"
 
+#include "Quillmere/Platform/Linux/Sources/Gnome/Helper/ShellTurn.h"
+
 #include <algorithm>
 #include <thread>
 #include <utility>
@@ -60,6 +62,7 @@ bool PairSwitch::select(const GnomeSource& source) {
     const GnomeSourceList pair{source, source};
     settings_.write(pair);
     std::this_thread::sleep_for(pairStands);
+    waitForShell(longestPair);
     // Somebody who has written a list meanwhile means that one.
     if (settings_.sources() != pair) return false;
     // The shell does not write its memory when it is not the user who chooses
@@ -67,6 +70,7 @@ bool PairSwitch::select(const GnomeSource& source) {
     const GnomeSourceList recent = ledBy(source, list);
     settings_.write(list, &recent);
     std::this_thread::sleep_for(listStands);
+    waitForShell(longestList);
     return true;
 }
 

@@ -23,6 +23,11 @@ public:
     /// afterwards some were in the former layout.
     static constexpr std::chrono::milliseconds pairStands{50};
     static constexpr std::chrono::milliseconds listStands{30};
+    /// How much longer each of them waits for a shell that is busy, as one that
+    /// draws without a graphics card: together with the above less than the
+    /// program waits for a switch.
+    static constexpr std::chrono::milliseconds longestPair{150};
+    static constexpr std::chrono::milliseconds longestList{100};
 
     /// Both must outlive this. Puts back what a process that was killed has
     /// left.
