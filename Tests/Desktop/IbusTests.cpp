@@ -49,8 +49,11 @@ protected:
     /// As a program that starts now.
     void ask() {
         std::vector<std::unique_ptr<InputMethodFramework>> frameworks;
-        frameworks.push_back(std::make_unique<IbusFramework>([this] { return isDesktops; }));
-        sources = std::make_unique<ComposedInputSources>(XkbInputSources::create(), std::move(frameworks));
+        auto layouts = XkbInputSources::create();
+        frameworks.push_back(std::make_unique<IbusFramework>(
+            [this] { return isDesktops; },
+            [layouts = layouts.get()](const XkbLayout& layout) { return layouts->useAlone(layout); }));
+        sources = std::make_unique<ComposedInputSources>(std::move(layouts), std::move(frameworks));
     }
     void stopDaemon() {
         ibus->process().signal(SIGSTOP);
@@ -70,12 +73,14 @@ protected:
         return Clock::now() - start;
     }
 
-    Ids ids() const {
+    static Ids idsOf(InputSourceService& service) {
         Ids result;
-        for (const InputSourceRecord& record : sources->sources())
+        for (const InputSourceRecord& record : service.sources())
             result.push_back(record.id.value_or("none"));
         return result;
     }
+    Ids ids() const { return idsOf(*sources); }
+    Ids layoutsOfServer() const { return idsOf(sources->desktop()); }
     int select(const char* id) const { return sources->select({.id = id}); }
     // A busy machine may need more than the time of a switch.
     bool switchTo(const char* id) const {
@@ -138,6 +143,31 @@ TEST_F(IbusTest, BesideOneLayoutItsMethodsAreListedAndALayoutThatItDoesNotTypeIs
     EXPECT_TRUE(switchTo("xkb:us"));
     EXPECT_EQ(sources->currentID(), "xkb:us");
     EXPECT_NE(select("xkb:ua"), 0);
+}
+
+TEST_F(IbusTest, WhereItSetsTheServersOneLayoutItsListIsTheListAndIsGoneThrough) {
+    start({"xkb:us::eng", "xkb:ua::ukr", "hangul", "xkb:us:dvorak:eng"}, "us");
+    ibus->setLeavesLayouts(false);
+    EXPECT_EQ(ids(), (Ids{"xkb:us", "xkb:ua", "ibus:hangul", "xkb:us+dvorak"}));
+    EXPECT_EQ(sources->sources()[1].languages, std::vector<std::string>{"ukr"});
+    for (const auto& [id, layout] : {std::pair{"xkb:ua", "xkb:ua"},
+                                     {"ibus:hangul", "xkb:kr+kr104"},
+                                     {"xkb:us+dvorak", "xkb:us+dvorak"},
+                                     {"xkb:us", "xkb:us"}}) {
+        EXPECT_TRUE(switchTo(id));
+        EXPECT_EQ(sources->currentID(), id);
+        EXPECT_EQ(layoutsOfServer(), Ids{layout});
+    }
+}
+
+TEST_F(IbusTest, WhereTheServerHasSeveralLayoutsTheyStay) {
+    start({"xkb:us::eng", "xkb:fr::fra", "hangul"}, "us,ua");
+    ibus->setLeavesLayouts(false);
+    EXPECT_EQ(ids(), (Ids{"xkb:us", "xkb:ua", "ibus:hangul"}));
+    for (const char* id : {"ibus:hangul", "xkb:ua", "ibus:hangul", "xkb:us"}) {
+        EXPECT_TRUE(switchTo(id));
+        EXPECT_EQ(layoutsOfServer(), (Ids{"xkb:us", "xkb:ua"}));
+    }
 }
 
 TEST_F(IbusTest, AListOfMethodsAloneIsLeftForALayoutToo) {
@@ -293,6 +323,25 @@ TEST_F(IbusProgramTest, AShortcutGoesThroughItsLayoutsAndMethods) {
         EXPECT_TRUE(program().waitForPlate());
         ASSERT_NO_FATAL_FAILURE(pressAndWaitFor(plain, 0));
     }
+}
+
+TEST_F(IbusProgramTest, WhereIbusSetsTheServersOneLayoutAShortcutGoesThroughItsList) {
+    ASSERT_NO_FATAL_FAILURE(startEverything());
+    ibus->setEngines({plain, "xkb:ua::ukr", "hangul"});
+    ibus->setLeavesLayouts(false);
+    desktop().server().setLayouts("us");
+    const OwnVariable display("DISPLAY", desktop().display());
+    const auto server = XkbInputSources::create();
+    for (int round = 0; round < 2; ++round)
+        for (const auto& [engine, layout] :
+             {std::pair{"xkb:ua::ukr", "xkb:ua"}, {"hangul", "xkb:kr+kr104"}, {plain, "xkb:us"}}) {
+            // A press that meets the keymap's exchange may pass.
+            const auto isInUse = [&] { return server->currentID() == layout && ibus->current() == engine; };
+            ASSERT_TRUE(waitUntil([&] {
+                pressShortcut();
+                return waitUntil(isInUse, 3s);
+            })) << engine;
+        }
 }
 
 TEST_F(IbusProgramTest, TheNextOneIsCountedFromWhatIbusHasBeenSwitchedToByItself) {

@@ -33,7 +33,7 @@ Ibus::Ibus(const std::filesystem::path& folder, const Environment& environment, 
     startSettings(bus);
     start();
     // Else its command sets the X server's layouts as well.
-    set("use-system-keyboard-layout", true);
+    setLeavesLayouts(true);
     setEngines(engines);
 }
 

@@ -32,6 +32,10 @@ public:
     /// Replaces the engines, as its own settings do.
     void setEngines(const std::vector<std::string>& engines);
 
+    /// Whether it leaves the layouts to the desktop. Here it does from the start
+    /// on, other than where nobody has chosen.
+    void setLeavesLayouts(bool leaves) { set("use-system-keyboard-layout", leaves); }
+
     /// What it says is in use; empty for none.
     std::string current();
     /// Makes this one current by IBus's own command.

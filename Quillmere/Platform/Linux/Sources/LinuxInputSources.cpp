@@ -9,6 +9,7 @@
 #include "Quillmere/Platform/Linux/Sources/Xkb/XkbInputSources.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace quillmere {
@@ -53,17 +54,20 @@ std::unique_ptr<ComposedInputSources> makeLinuxInputSources() {
     // Compositors first, since most of them have an X server too; and GNOME and
     // KDE have the last word about their layouts on one.
     std::unique_ptr<DesktopInputSources> gnome = GnomeInputSources::create();
-    // It lives as long as the frameworks beside it, or longer.
+    // The desktops live as long as the frameworks beside them, or longer.
     const auto isOnGnome = [gnome = gnome.get()] { return gnome != nullptr && gnome->isAvailable(); };
     kinds.push_back(std::move(gnome));
     kinds.push_back(SwayInputSources::create());
     kinds.push_back(HyprlandInputSources::create());
     kinds.push_back(KdeInputSources::create());
-    kinds.push_back(XkbInputSources::create());
+    std::unique_ptr<XkbInputSources> server = XkbInputSources::create();
+    std::function<bool(const XkbLayout&)> useLayout;
+    if (server) useLayout = [server = server.get()](const XkbLayout& layout) { return server->useAlone(layout); };
+    kinds.push_back(std::move(server));
     std::vector<std::unique_ptr<InputMethodFramework>> frameworks;
     frameworks.push_back(FcitxFramework::create());
     // GNOME Shell has its engines among its own sources.
-    frameworks.push_back(std::make_unique<IbusFramework>(isOnGnome));
+    frameworks.push_back(std::make_unique<IbusFramework>(isOnGnome, useLayout));
     return std::make_unique<ComposedInputSources>(std::make_unique<LinuxInputSources>(std::move(kinds)),
                                                   std::move(frameworks));
 }

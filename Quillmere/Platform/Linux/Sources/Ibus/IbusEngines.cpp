@@ -23,6 +23,13 @@ QVariant unwrapped(QVariant value) {
     return value;
 }
 
+/// The word for "whatever there is" may stand for either.
+std::optional<XkbLayout> layoutOf(const std::string& layout, const std::string& variant) {
+    constexpr const char* any = "default";
+    if (layout.empty() || layout == any) return std::nullopt;
+    return XkbLayout{.layout = layout, .variant = variant == any ? std::string() : variant};
+}
+
 }  // namespace
 
 std::optional<XkbLayout> layoutOf(const std::string& engine) {
@@ -49,17 +56,28 @@ std::string languageOf(const std::string& told) {
 std::optional<Description> description(const QVariant& answer) {
     const auto argument = unwrapped(answer).value<QDBusArgument>();
     // Newer versions add texts at the end.
-    if (!argument.currentSignature().startsWith(QLatin1String("(sa{sv}ssss"))) return std::nullopt;
+    if (!argument.currentSignature().startsWith(QLatin1String("(sa{sv}ssssssssussss"))) return std::nullopt;
     QString className;
     QVariantMap attachments;
     QString engine;
     QString name;
     QString text;
     QString language;
+    QString layout;
+    QString variant;
+    unsigned int rank = 0;
     argument.beginStructure();
     argument >> className >> attachments >> engine >> name >> text >> language;
-    return Description{
-        .engine = engine.toStdString(), .name = name.toStdString(), .language = languageOf(language.toStdString())};
+    for (int skipped = 0; skipped < 3; ++skipped)  // license, author, icon
+        argument >> text;
+    argument >> layout >> rank;
+    for (int skipped = 0; skipped < 3; ++skipped)  // hotkeys, symbol, the settings' program
+        argument >> text;
+    argument >> variant;
+    return Description{.engine = engine.toStdString(),
+                       .name = name.toStdString(),
+                       .language = languageOf(language.toStdString()),
+                       .layout = layoutOf(layout.toStdString(), variant.toStdString())};
 }
 
 std::vector<Description> descriptions(const QVariant& answer) {
@@ -77,6 +95,11 @@ std::vector<std::string> names(const QVariant& answer) {
     for (const QString& name : unwrapped(answer).toStringList())
         result.push_back(name.toStdString());
     return result;
+}
+
+std::optional<bool> truth(const QVariant& answer) {
+    const QVariant value = unwrapped(answer);
+    return value.userType() == QMetaType::Bool ? std::optional(value.toBool()) : std::nullopt;
 }
 
 }  // namespace quillmere::ibusEngines

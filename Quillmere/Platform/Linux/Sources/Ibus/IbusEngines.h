@@ -15,6 +15,8 @@ struct Description {
     std::string engine;    ///< "hangul", "xkb:us::eng"
     std::string name;      ///< "Hangul"
     std::string language;  ///< ISO 639; empty where it tells none
+    /// The keyboard's layout that it is typed with; absent where it takes any.
+    std::optional<XkbLayout> layout;
 };
 
 /// The layout of an engine that is a plain keyboard: "us" with the variant
@@ -30,7 +32,7 @@ std::string idOf(const std::string& engine);
 std::string languageOf(const std::string& told);
 
 /// Reads one engine in IBus's own form, a structure that begins with its class,
-/// attachments and four texts; absent when it is something else.
+/// attachments, eight texts, its rank and four more texts; absent when it is something else.
 std::optional<Description> description(const QVariant& answer);
 
 /// Reads the answer to GetEnginesByNames, an array of such.
@@ -39,5 +41,8 @@ std::vector<Description> descriptions(const QVariant& answer);
 /// Reads a list of engines' names among IBus's settings; empty when it is
 /// something else.
 std::vector<std::string> names(const QVariant& answer);
+
+/// Reads a truth value among its settings; absent when it is something else.
+std::optional<bool> truth(const QVariant& answer);
 
 }  // namespace quillmere::ibusEngines

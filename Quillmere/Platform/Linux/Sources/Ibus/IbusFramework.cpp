@@ -40,7 +40,8 @@ BusService::Call questionOfCurrent() {
 
 }  // namespace
 
-IbusFramework::IbusFramework(std::function<bool()> isDesktops) : isDesktops_(std::move(isDesktops)) {
+IbusFramework::IbusFramework(std::function<bool()> isDesktops, std::function<bool(const XkbLayout&)> useLayout)
+    : isDesktops_(std::move(isDesktops)), useLayout_(std::move(useLayout)) {
     connect(&connection_, &IbusConnection::lost, this, &IbusFramework::forget);
     connect(&connection_, &IbusConnection::greeted, this, [this] {
         if (!daemon_ || !daemon_->isOwned()) meet();
@@ -79,6 +80,8 @@ std::optional<InputMethodFramework::State> IbusFramework::state() {
     // Until somebody chooses, there is none in use, which is an error as well.
     if (!daemon_ || !daemon_->isAnswering()) return std::nullopt;
     readEngines(current);
+    if (const Answer leaves = useLayout_ ? setting("use-system-keyboard-layout") : std::nullopt)
+        setsLayouts_ = !ibusEngines::truth(*leaves).value_or(true);
     State state{.sources = records_, .current = std::nullopt, .keyboard = ibusEngines::idOf(keyboardEngine())};
     if (current) state.current = ibusEngines::idOf(*current);
     return state;
@@ -92,7 +95,7 @@ bool IbusFramework::select(const std::string& id) {
     // One after the other: the daemon answers to the first when a program that
     // it may have to start is ready, and to the second meanwhile.
     if (!ask(*daemon_, {QStringLiteral("SetGlobalEngine"), {QString::fromStdString(engine)}, {}})) return false;
-    return currentEngine() == engine;
+    return currentEngine() == engine && (!setsLayouts_ || useLayout_(layoutUnder(engine)));
 }
 
 /// The answer's one value, invalid for an answer without; absent for an error.
@@ -157,6 +160,15 @@ const std::string& IbusFramework::keyboardEngine() const {
     const auto first = std::ranges::find_if(
         engines_, [](const std::string& engine) { return ibusEngines::layoutOf(engine).has_value(); });
     return first == engines_.end() ? plainKeyboard : *first;
+}
+
+/// A method that takes any layout gets the first keyboard's: of Cyrillic letters
+/// most make nothing.
+XkbLayout IbusFramework::layoutUnder(const std::string& engine) const {
+    if (auto layout = ibusEngines::layoutOf(engine)) return *std::move(layout);
+    const auto described = described_.find(engine);
+    const bool isTold = described != described_.end() && described->second && described->second->layout;
+    return isTold ? *described->second->layout : ibusEngines::layoutOf(keyboardEngine()).value_or(XkbLayout{});
 }
 
 InputSourceRecord IbusFramework::recordOf(const std::string& engine) {

@@ -19,17 +19,20 @@
 namespace quillmere {
 
 /// The engines of IBus that its user has chosen: input methods, and layouts,
-/// which IBus names but does not type: the desktop's layout stays what it is
-/// under all of them. Every call asks for what is in use, since other programs
-/// switch, too.
+/// which IBus names but does not type. With each it is for whoever selects it to
+/// change an X server's layout as well, as IBus's own programs do, unless its
+/// user has chosen to leave the layouts to the desktop. Every call asks for what
+/// is in use, since other programs switch, too.
 class IbusFramework final : public QObject, public InputMethodFramework {
 public:
     /// Where `isDesktops` says that IBus is the desktop's own matter, as GNOME
     /// Shell's, it is left alone.
-    explicit IbusFramework(std::function<bool()> isDesktops);
+    /// `useLayout` makes a layout the one of the X server, where that has but
+    /// one; null on another desktop.
+    explicit IbusFramework(std::function<bool()> isDesktops, std::function<bool(const XkbLayout&)> useLayout = nullptr);
 
     bool isRunning() override;
-    bool hasLayouts() const override { return false; }
+    bool hasLayouts() const override { return setsLayouts_; }
     std::optional<State> state() override;
     bool select(const std::string& id) override;
 
@@ -45,9 +48,12 @@ private:
     bool describe();
     bool isThere(const std::string& engine) const;
     const std::string& keyboardEngine() const;
+    XkbLayout layoutUnder(const std::string& engine) const;
     InputSourceRecord recordOf(const std::string& engine);
 
     std::function<bool()> isDesktops_;
+    std::function<bool(const XkbLayout&)> useLayout_;
+    bool setsLayouts_ = false;
     IbusConnection connection_;
     std::unique_ptr<BusService> daemon_;    ///< null until it has been met
     std::unique_ptr<BusService> settings_;  ///< a program of its own; null until it is asked

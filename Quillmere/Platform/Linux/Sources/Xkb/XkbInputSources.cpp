@@ -1,8 +1,16 @@
 #include "Quillmere/Platform/Linux/Sources/Xkb/XkbInputSources.h"
 
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
+
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
 #include <X11/XKBlib.h>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
+
+#include <poll.h>
 
 #include <utility>
 
@@ -81,6 +89,29 @@ int XkbInputSources::select(const InputSourceRecord& source) {
         if (!handleQueuedEvents()) return group == index ? statusSwitched : statusRefused;
     }
     return statusRefused;
+}
+
+bool XkbInputSources::useAlone(const XkbLayout& layout) {
+    if (!catchUp()) return false;
+    const std::vector<XkbLayout> wanted{layout};
+    if (names_.layouts.size() > 1 || names_.layouts == wanted) return true;
+    const SwitchWait wait;
+    const QStringList arguments{QStringLiteral("-display"), QString::fromLatin1(DisplayString(connection_->display())),
+                                QStringLiteral("-layout"),  QString::fromStdString(layout.layout),
+                                QStringLiteral("-variant"), QString::fromStdString(layout.variant)};
+    // Once begun it is better late than left undone.
+    if (!QProcess::startDetached(QStringLiteral("setxkbmap"), arguments)) return false;
+    // It tells of the layout when that is in effect.
+    while (names_.layouts != wanted && waitForServer(wait.deadline()))
+        if (!catchUp()) return false;
+    return names_.layouts == wanted;
+}
+
+/// Whether the server has sent anything by then.
+bool XkbInputSources::waitForServer(std::chrono::steady_clock::time_point deadline) const {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    pollfd incoming{.fd = connection_->fileDescriptor(), .events = POLLIN, .revents = 0};
+    return left.count() > 0 && poll(&incoming, 1, static_cast<int>(left.count())) > 0;
 }
 
 /// Takes in everything that the server has sent; false when it is gone.

@@ -7,6 +7,7 @@
 
 #include <QSocketNotifier>
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -37,12 +38,19 @@ public:
     /// there or that the server did not switch to.
     int select(const InputSourceRecord& source) override;
 
+    /// Where the server has one layout, makes this one it, by setxkbmap, as
+    /// frameworks of input methods do; true once the server has it. Several are
+    /// somebody's own and stay, which is true as well. Waits for it within the
+    /// time of a switch; what takes longer is done later.
+    bool useAlone(const XkbLayout& layout);
+
 private:
     explicit XkbInputSources(std::unique_ptr<X11Connection> connection);
 
     void subscribe();
     bool catchUp();
     bool handleQueuedEvents();
+    bool waitForServer(std::chrono::steady_clock::time_point deadline) const;
     void readNames();
     XkbRulesNames readProperty() const;
     std::vector<std::string> readGroupsIfMoreThan(std::size_t limit) const;
