@@ -216,6 +216,8 @@ TEST_F(PlateSectionTest, ItsPartsAreInTheirOrder10PointsApart) {
     EXPECT_EQ(opacity.top() - background.bottom() - 1, 10);
     EXPECT_EQ(preview.top() - opacity.bottom() - 1, 10);
     EXPECT_EQ(preview.left(), title.left());
+    EXPECT_EQ(frame(slider()).left() - frame(label(view(), "Background opacity")).right() - 1, 8);
+    EXPECT_EQ(frame(label(view(), "80 %")).left() - frame(slider()).right() - 1, 8);
 }
 
 TEST_F(PlateSectionTest, TheSliderTellsAssistiveProgramsAPercentage) {

@@ -217,6 +217,8 @@ TEST_F(SettingsViewTest, TheContentKeepsItsDistances) {
     EXPECT_EQ(view().width() - frame(card(0)).right() - 1, 20);
     EXPECT_EQ(view().height() - frame(button("Add group")).bottom() - 1, 20);
     EXPECT_EQ(recorder(0).mapTo(&card(0), QPoint()), QPoint(14, 14));
+    showTab(SettingsTab::general);
+    EXPECT_EQ(cardAround(label(view(), "Switcher plate")).left(), 20);
 }
 
 TEST_F(SettingsViewTest, EverythingOfTheSmallestWindowFitsWithoutScrollingSideways) {
