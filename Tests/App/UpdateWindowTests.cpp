@@ -173,7 +173,7 @@ TEST_F(UpdateWindowTest, AWordThatIsLongerThanALineDoesNotWidenTheWindow) {
 TEST_F(UpdateWindowTest, LongNotesScrollWithinTheScreen) {
     shown.show(offer("1.4.0", std::vector<std::string>(200, "One of very many notes"), 2'300'000));
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
-    EXPECT_LE(shown.window()->height(), screen.height());
+    EXPECT_EQ(shown.window()->height(), screen.height() - 60) << "what a title bar and borders take";
     EXPECT_GE(shown.window()->y(), screen.y());
     EXPECT_LE(frameOf(button("Download")).bottom(), shown.window()->height());
 
@@ -192,6 +192,23 @@ TEST_F(UpdateWindowTest, LongNotesScrollWithinTheScreen) {
 TEST_F(UpdateWindowTest, AFewNotesDoNotScroll) {
     shown.show(offer("1.4.0", {"One", std::string(200, 'w'), "Three"}));
     EXPECT_EQ(quillmere::shown<PaletteScrollArea>(*shown.window()).front()->verticalScrollBar()->maximum(), 0);
+}
+
+TEST_F(UpdateWindowTest, FiveHundredNotesAreShownWholeAndOfMoreTheFirstAndAnEllipsis) {
+    shown.show(offer("1.4.0", std::vector<std::string>(500, "x")));
+    EXPECT_EQ(texts().size(), 1 + 2 * 500);
+    EXPECT_EQ(texts().last(), "x");
+    shown.show(offer("1.4.0", std::vector<std::string>(501, "x")));
+    EXPECT_EQ(texts().size(), 1 + 2 * 501);
+    EXPECT_EQ(texts().last(), "…");
+}
+
+TEST_F(UpdateWindowTest, AVersionOfAHundredCharactersIsShownWhole) {
+    const std::string version = "1.4.0-" + std::string(94, 'z');
+    shown.show(offer(version));
+    EXPECT_EQ(texts().first().toStdString(), "Quillmere " + version + " is available");
+    shown.show(offer(version + "z"));
+    EXPECT_EQ(texts().first().toStdString(), "Quillmere " + version + "… is available");
 }
 
 TEST_F(UpdateWindowTest, AFeedWithoutMeasureIsCutShort) {
