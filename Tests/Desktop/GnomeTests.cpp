@@ -18,6 +18,9 @@ namespace {
 
 constexpr const char* shortcut = "+ctrl +alt +space -space -alt -ctrl";
 
+// From the settings' first control to the first group's recorder.
+constexpr int tabsToTheRecorder = 4;
+
 class GnomeTest : public testing::Test {
 protected:
     explicit GnomeTest(const std::filesystem::path& extension = QUILLMERE_GNOME_EXTENSION)
@@ -67,6 +70,10 @@ protected:
     }
     bool waitForSource(int index) const {
         return waitUntil([&] { return shell.sourceInUse() == index; });
+    }
+    bool hasFocus(const char* title) const {
+        const auto window = xwayland.visibleWindow(title);
+        return window && xwayland.focusedWindow() == window->id;
     }
     bool asksForPermission() const { return xwayland.visibleWindow("Quillmere needs permission").has_value(); }
     bool waitForPlate() const {
@@ -144,6 +151,42 @@ TEST_F(GnomeTest, WhereNobodyElseHasAPlaceForIconsTheTopBarHasTheMenu) {
     choose("3");
     EXPECT_EQ(program->waitForExit(patience), 0);
     EXPECT_TRUE(waitUntil([&] { return shell.evaluate(indicator + "?.is_mapped() ?? false") == "false"; }));
+}
+
+TEST_F(GnomeTest, AShortcutIsRecordedAsItIsTypedIntoTheSettings) {
+    ASSERT_NO_FATAL_FAILURE(startSwitching());
+    ASSERT_TRUE(tray->click("Settings…"));
+    ASSERT_TRUE(waitUntil([this] { return hasFocus("Quillmere"); }));
+    for (int i = 0; i < tabsToTheRecorder; ++i)
+        typist.type("+tab -tab");
+    typist.type("+space -space");
+    EXPECT_TRUE(waitUntil([this] { return !isGrabbed(); })) << "the recorder may be given the present shortcut, too";
+    typist.type("+ctrl +alt +k -k -alt -ctrl");
+    ASSERT_TRUE(waitUntil([this] { return settings.value("config")->find("\"keyCode\":40") != std::string::npos; }));
+    EXPECT_EQ(shell.sourceInUse(), 0) << "what is recorded does not switch";
+    // Until it is grabbed it goes to the window.
+    EXPECT_TRUE(waitUntil([this] {
+        typist.type("+ctrl +alt +k -k -alt -ctrl");
+        return waitUntil([this] { return shell.sourceInUse() == 1; }, std::chrono::seconds(1));
+    }));
+}
+
+TEST_F(GnomeTest, ThePlateComesOverAFullScreenWindowAndLeavesItTheKeys) {
+    ASSERT_NO_FATAL_FAILURE(startSwitching());
+    Witness witness(shell.xDisplay(), Witness::Size::fullScreen, Qt::blue);
+    const auto hasColour = [](const QImage& screen, QPoint at) { return screen.pixelColor(at) == QColor(Qt::blue); };
+    ASSERT_TRUE(waitUntil([&] { return hasColour(shell.screenshot(), {5, 5}); })) << "it fills the screen";
+    const bool isSeen = waitUntil([&] {
+        typist.type(shortcut);
+        if (!waitForPlate()) return false;
+        const QPoint middle = xwayland.visibleWindow("Quillmere plate")->frame.center();
+        const QImage screen = shell.screenshot();
+        return hasColour(screen, {5, 5}) && !hasColour(screen, middle);
+    });
+    EXPECT_TRUE(isSeen);
+    typist.type("+a -a");
+    EXPECT_TRUE(waitUntil([&] { return witness.presses(keys::a) == 1; }));
+    EXPECT_EQ(witness.focusLosses(), 0);
 }
 
 TEST_F(GnomeTest, AnExtensionThatIsSwitchedOffAndOnIsArmedAgain) {
