@@ -23,7 +23,15 @@ IbusConnection::~IbusConnection() {
     close();
 }
 
+/// A switch asks for the daemon several times, and every look opens files.
 void IbusConnection::look() {
+    const auto now = std::chrono::steady_clock::now();
+    if (bus_ || now < nextLook_) return;
+    nextLook_ = now + std::chrono::seconds(1);
+    lookNow();
+}
+
+void IbusConnection::lookNow() {
     if (bus_) return;
     if (!watcher_) watch();
     const auto note = ibusAddress::find();
@@ -55,7 +63,7 @@ void IbusConnection::lookAgain() {
     const auto note = ibusAddress::find();
     // Read between the two steps of writing it, it is none.
     if (bus_ && note && note->address != address_) replace();
-    look();
+    lookNow();
 }
 
 /// Opening does not wait for the daemon's answer, as a bus's own connection does,
@@ -104,7 +112,7 @@ void IbusConnection::noteEnd() {
 void IbusConnection::replace() {
     close();
     emit lost();
-    look();
+    lookNow();
 }
 
 }  // namespace quillmere

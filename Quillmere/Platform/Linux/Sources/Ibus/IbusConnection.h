@@ -5,6 +5,7 @@
 #include <QFileSystemWatcher>
 #include <QObject>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,9 +21,9 @@ public:
     IbusConnection() = default;
     ~IbusConnection() override;
 
-    /// Connects to the daemon that is there now, unless that is done already;
-    /// for the first time it has to be called, and after that only where no
-    /// daemon has ever run: else its note is watched.
+    /// Connects to the daemon that is there now, unless that is done already or
+    /// was tried less than a second ago; for the first time it has to be called,
+    /// and after that only where no daemon has ever run: else its note is watched.
     void look();
 
     /// Absent while there is none. Before `greeted` the daemon answers to nothing
@@ -39,6 +40,7 @@ private slots:
     void noteEnd();
 
 private:
+    void lookNow();
     void watch();
     void lookAgain();
     void open(const std::string& address);
@@ -50,6 +52,7 @@ private:
     std::optional<QDBusConnection> bus_;
     std::string address_;  ///< of that bus
     std::unique_ptr<QDBusPendingCallWatcher> greeting_;
+    std::chrono::steady_clock::time_point nextLook_;
 };
 
 }  // namespace quillmere
