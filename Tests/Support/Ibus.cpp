@@ -31,6 +31,7 @@ Ibus::Ibus(const std::filesystem::path& folder, const Environment& environment, 
         std::filesystem::create_directories(folder_ / name);
     std::filesystem::permissions(folder_ / "runtime", std::filesystem::perms::owner_all);
     startSettings(bus);
+    beginWithHangul();
     start();
     // Else its command sets the X server's layouts as well.
     setLeavesLayouts(true);
@@ -53,6 +54,13 @@ void Ibus::startSettings(const QDBusConnection& bus) {
     const bool isUp =
         waitUntil([&] { return !settings_->isRunning() || bus.interface()->isServiceRegistered(keeperName); });
     if (!isUp || !settings_->isRunning()) throw SupportError("no settings: " + settings_->output());
+}
+
+/// By itself its Hangul types Latin letters until a key is pressed that few
+/// keyboards have.
+void Ibus::beginWithHangul() const {
+    ChildProcess::run(
+        program({"gsettings", "set", "org.freedesktop.ibus.engine.hangul", "initial-input-mode", "hangul"}, "hangul"));
 }
 
 void Ibus::start() {

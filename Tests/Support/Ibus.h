@@ -45,6 +45,7 @@ public:
 
 private:
     void startSettings(const QDBusConnection& bus);
+    void beginWithHangul() const;
     void connect();
     void set(const char* name, const QVariant& value);
     ChildProcess::Options program(const std::vector<std::string>& arguments, const char* output) const;
