@@ -31,6 +31,7 @@ const DESCRIPTION = `<node>
     <signal name="ListChanged"/>
     <signal name="CurrentChanged"><arg type="u"/></signal>
     <signal name="Switched"><arg type="s"/><arg type="u"/></signal>
+    <signal name="Pressed"><arg type="s"/></signal>
     <signal name="IndicatorChose"><arg type="s"/></signal>
   </interface>
 </node>`;

@@ -10,7 +10,7 @@ export class Session {
     /** @param {string} path - the extension's folder */
     constructor(path) {
         this._sources = new InputSources(() => this._bus.emit('ListChanged'), () => this._tellCurrent());
-        this._shortcuts = new Shortcuts(group => this._switch(group));
+        this._shortcuts = new Shortcuts(group => this._press(group));
         this._indicator = new Indicator(path, what =>
             this._bus.emit('IndicatorChose', new GLib.Variant('(s)', [what])));
         this._bus = new BusObject(this._methods(), () => this._leaveNothing());
@@ -39,6 +39,14 @@ export class Session {
         const isRefused = ([token, accelerator, sources]) =>
             !this._shortcuts.grab(accelerator, {token, sources: sources.map(source => identifier(...source))});
         return groups.filter(isRefused).map(([token]) => token);
+    }
+
+    // A group without sources is the program's to switch.
+    _press(group) {
+        if (group.sources.length > 0)
+            this._switch(group);
+        else
+            this._bus.emit('Pressed', new GLib.Variant('(s)', [group.token]));
     }
 
     // The shell has the new source before the next key is looked at; what is

@@ -21,7 +21,8 @@ struct KeyInterest {
 };
 
 /// A shortcut and what it goes through: all that a desktop has to know to switch
-/// by itself.
+/// by itself. With no sources it is one that the desktop swallows and delivers,
+/// as any other tap would.
 struct ArmedShortcut {
     Shortcut shortcut;
     std::vector<std::string> sourceIDs;  ///< of its group, in cycling order

@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/Sources/ComposedInputSources.h"
 #include "Quillmere/Platform/Linux/Sources/Fcitx/FcitxMethods.h"
+#include "Tests/App/PlayedFramework.h"
 #include "Tests/Support/FakeInputSourceService.h"
 
 #include <gtest/gtest.h>
@@ -15,32 +16,6 @@ namespace quillmere {
 namespace {
 
 using Texts = std::vector<std::string>;
-
-InputSourceRecord method(std::string id) {
-    return {.id = std::move(id), .type = InputSourceType::keyboardInputMode};
-}
-
-/// A framework that says and does what the test sets.
-class PlayedFramework : public InputMethodFramework {
-public:
-    bool isRunning() override { return isThere; }
-    bool hasLayouts() const override { return typesLayouts; }
-    std::optional<State> state() override { return answers ? std::optional(now) : std::nullopt; }
-    bool select(const std::string& id) override {
-        selected.push_back(id);
-        if (obeys) now.current = id;
-        return obeys;
-    }
-
-    bool isThere = true;
-    bool typesLayouts = true;
-    bool answers = true;
-    bool obeys = true;
-    State now{.sources = {layout("xkb:us"), method("fcitx:hangul"), layout("xkb:de")},
-              .current = "xkb:us",
-              .keyboard = "xkb:us"};
-    Texts selected;
-};
 
 class ComposedInputSourcesTest : public testing::Test {
 protected:

@@ -1,10 +1,13 @@
 #include "Quillmere/Platform/Linux/Doctor/FnKeyboards.h"
+#include "Quillmere/Platform/Linux/Doctor/MethodFinding.h"
 #include "Quillmere/Platform/Linux/Doctor/ServiceAccess.h"
 #include "Quillmere/Platform/Linux/Doctor/SessionFindings.h"
 #include "Quillmere/Platform/Linux/Doctor/ShortcutHolders.h"
 #include "Quillmere/Platform/Linux/Doctor/StoreFinding.h"
 #include "Quillmere/Platform/Linux/Doctor/TapFindings.h"
 #include "Quillmere/Platform/Linux/KernelKeyboards.h"
+#include "Tests/App/FakeSway.h"
+#include "Tests/App/PlayedFramework.h"
 #include "Tests/Support/ConfigurationText.h"
 #include "Tests/Support/Environment.h"
 #include "Tests/Support/SessionBus.h"
@@ -231,6 +234,32 @@ TEST_F(BusFindingsTest, ADesktopIsNamedWithWhatShowsItsWindows) {
     EXPECT_NE(finding.advice.find("xwayland"), std::string::npos);
     EXPECT_EQ(desktopFinding(onX11(), connection), (Finding{"Desktop", "without a name, on X11", {}}));
     EXPECT_FALSE(desktopFinding({}, connection).advice.empty());
+}
+
+TEST_F(BusFindingsTest, OnADesktopThatHasALayerForThePlateXwaylandIsNotMissed) {
+    FakeSway sway(folder.path() / "sway");
+    const LinuxSession session{.hasWayland = true,
+                               .hasX11 = false,
+                               .swaySocket = (folder.path() / "sway").string(),
+                               .hyprlandFolder = {},
+                               .desktops = {"sway"}};
+    const Finding finding = desktopFinding(session, connection);
+    EXPECT_NE(finding.state.find("sway, sway 1.7"), std::string::npos) << finding.state;
+    EXPECT_EQ(finding.advice, "");
+}
+
+TEST(MethodFindingTest, WhichFrameworkRunsAndWhetherItAnswersAreTold) {
+    EXPECT_EQ(methodFinding(nullptr).advice, "");
+    PlayedFramework framework;
+    EXPECT_EQ(methodFinding(&framework), (Finding{"Input methods", "played runs, with 1 of them", {}}));
+    framework.now.current.reset();
+    EXPECT_NE(methodFinding(&framework).advice.find("text field"), std::string::npos);
+    framework.now.sources = {layout("xkb:us")};
+    EXPECT_NE(methodFinding(&framework).advice.find("settings of played"), std::string::npos);
+    framework.answers = false;
+    const Finding finding = methodFinding(&framework);
+    EXPECT_EQ(finding.state, "played runs and does not answer");
+    EXPECT_NE(finding.advice.find("Restart"), std::string::npos);
 }
 
 TEST(ShortcutHoldersTest, AGroupWithoutAnyShortcutIsAdvisedToHaveOne) {

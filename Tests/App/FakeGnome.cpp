@@ -133,6 +133,11 @@ void FakeGnome::emitSwitched(int shortcut, unsigned int index, const QString& re
     emitTo(receiver, QStringLiteral("Switched"), {tokens_.value(shortcut), index});
 }
 
+void FakeGnome::emitPressed(int shortcut, const QString& receiver) {
+    const std::lock_guard lock(mutex_);
+    emitTo(receiver, QStringLiteral("Pressed"), {tokens_.value(shortcut)});
+}
+
 QString FakeGnome::indicator() const {
     const std::lock_guard lock(mutex_);
     return indicator_;

@@ -54,6 +54,8 @@ public:
     /// The shortcut in this place has been pressed, and this source of its
     /// group is in effect.
     void emitSwitched(int shortcut, unsigned int index, const QString& receiver);
+    /// The same, of one that is armed without sources.
+    void emitPressed(int shortcut, const QString& receiver);
     /// What it shows in the top bar: "active: Active, quit: Quit, …", with
     /// "dimmed: " in front while it is told so; empty for nothing.
     QString indicator() const;

@@ -77,7 +77,10 @@ void FakeSway::addEvent(const QByteArray& event) {
 
 void FakeSway::setVersion(int major, int minor) {
     const std::lock_guard lock(mutex_);
-    version_ = QJsonDocument(QJsonObject{{"major", major}, {"minor", minor}}).toJson();
+    version_ = QJsonDocument(QJsonObject{{"human_readable", QStringLiteral("%1.%2").arg(major).arg(minor)},
+                                         {"major", major},
+                                         {"minor", minor}})
+                   .toJson();
 }
 
 void FakeSway::setConfiguration(const std::string& text) {

@@ -66,7 +66,7 @@ private:
     std::mutex mutex_;
     std::condition_variable hungUp_;
     QByteArray inputs_ = "[]";
-    QByteArray version_ = R"({"major": 1, "minor": 7})";
+    QByteArray version_ = R"({"human_readable": "1.7", "major": 1, "minor": 7})";
     std::string configuration_;
     std::string mode_ = "default";
     std::string wireAnswer_;

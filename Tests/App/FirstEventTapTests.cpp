@@ -1,9 +1,11 @@
 #include "Quillmere/Platform/Linux/Tap/FirstEventTap.h"
+#include "Tests/App/PlayedFramework.h"
 #include "Tests/Support/FakeEventTap.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,13 +25,26 @@ protected:
             *fake = made.get();
             list.push_back(std::move(made));
         }
-        taps = std::make_unique<FirstEventTap>(std::move(list));
+        auto played = std::make_unique<PlayedFramework>();
+        framework = played.get();
+        framework->isThere = false;
+        std::vector<std::unique_ptr<InputMethodFramework>> frameworks;
+        frameworks.push_back(std::move(played));
+        sources.emplace(std::make_unique<FakeInputSourceService>(), std::move(frameworks));
+        taps = std::make_unique<FirstEventTap>(std::move(list), *sources);
         taps->setInterest(fnInterest);
     }
     bool install() {
         return taps->install([](const KeyEventFields&) { return InterceptDecision::swallow; });
     }
 
+    void setRunning(bool isRunning) {
+        framework->isThere = isRunning;
+        framework->onRunningChanged();
+    }
+
+    PlayedFramework* framework = nullptr;
+    std::optional<ComposedInputSources> sources;
     FakeEventTap* first = nullptr;
     FakeEventTap* second = nullptr;
     std::unique_ptr<FirstEventTap> taps;
@@ -69,6 +84,21 @@ TEST_F(FirstEventTapTest, WhatADesktopHasSwitchedIsToldWhicheverItIs) {
     EXPECT_EQ(second->armed, table);
     second->onSwitched(Shortcut::fn, "b");
     EXPECT_EQ(told, std::vector<std::string>{"b"});
+}
+
+TEST_F(FirstEventTapTest, WhileInputMethodsRunADesktopTellsOfAShortcutAndSwitchesNothingByItself) {
+    const std::vector<ArmedShortcut> switching{{Shortcut::fn, {"a", "b"}}};
+    const std::vector<ArmedShortcut> telling{{Shortcut::fn, {}}};
+    taps->arm(switching);
+    setRunning(true);
+    EXPECT_EQ(first->armed, telling);
+    EXPECT_EQ(second->armed, telling);
+    taps->arm(switching);
+    EXPECT_EQ(first->armed, telling);
+    setRunning(false);
+    EXPECT_EQ(first->armed, switching);
+    taps.reset();
+    setRunning(true);
 }
 
 }  // namespace

@@ -35,7 +35,10 @@ protected:
         };
         tap->arm(groups);
         tap->setInterest(interest);
-        return tap->install([](const KeyEventFields&) { return InterceptDecision::pass; });
+        return tap->install([this](const KeyEventFields& event) {
+            delivered.push_back(event);
+            return InterceptDecision::swallow;
+        });
     }
     bool waitForArmed(const QStringList& lines) {
         return waitUntil([&] { return gnome.armed() == lines; });
@@ -54,6 +57,7 @@ protected:
     FakeGnome gnome{bus.address()};
     QDBusConnection connection = bus.connect();
     std::vector<std::pair<Shortcut, std::string>> switched;
+    std::vector<KeyEventFields> delivered;
     std::optional<GnomeEventTap> tap;
 };
 
@@ -75,6 +79,21 @@ TEST_F(GnomeEventTapTest, WhatTheShellHasSwitchedIsToldWithItsSource) {
     gnome.emitSwitched(1, 1, connection.baseService());
     ASSERT_TRUE(waitUntil([this] { return switched.size() == 3; }));
     EXPECT_EQ(switched[2].second, "xkb:ua") << "what means nothing is not told";
+}
+
+TEST_F(GnomeEventTapTest, WhatTheShellOnlySwallowsIsDelivered) {
+    ASSERT_TRUE(start(both));
+    ASSERT_TRUE(waitForArmed({first, second}));
+    tap->arm({{controlOptionSpace, {}}, groups[1]});
+    ASSERT_TRUE(waitForArmed({QStringLiteral("<Control><Alt>0x41: "), second}));
+    gnome.emitPressed(7, connection.baseService());
+    gnome.emitPressed(0, connection.baseService());
+    ASSERT_TRUE(waitUntil([this] { return delivered.size() == 2; }));
+    EXPECT_EQ(delivered[0].type, KeyEventType::keyDown);
+    EXPECT_EQ(delivered[0].keyCode, controlOptionSpace.keyCode);
+    EXPECT_EQ(Modifiers::fromFlags(delivered[0].flags), controlOptionSpace.modifiers);
+    EXPECT_EQ(delivered[1].type, KeyEventType::keyUp);
+    EXPECT_TRUE(switched.empty());
 }
 
 TEST_F(GnomeEventTapTest, WithoutTheExtensionOrWithAnotherVersionThereIsNone) {

@@ -17,7 +17,7 @@ using Lines = std::vector<std::string>;
 Lines lines(const ArmedShortcut& shortcut, const std::vector<std::string>& layouts) {
     Lines result;
     for (const SwayBinding& binding : swayBindings(shortcut, layouts))
-        result.push_back(binding.combination() + " > " + binding.sourceID);
+        result.push_back(binding.combination() + " > " + (binding.step ? binding.step->sourceID : ""));
     return result;
 }
 
@@ -46,6 +46,13 @@ TEST(SwayBindingTests, ItSwitchesEveryKeyboardByTheLayoutsPlaceAndNotAgainWhileI
               "bindcode --no-warn --no-repeat Group2+Control+Mod1+65 input type:keyboard xkb_switch_layout 2");
 }
 
+TEST(SwayBindingTests, WithoutSourcesItIsSwallowedInEveryLayoutAndLeftToWhoHears) {
+    const std::vector<SwayBinding> bindings = swayBindings({controlOptionSpace, {}}, {"xkb:us", "xkb:ua"});
+    ASSERT_EQ(bindings.size(), 1U);
+    EXPECT_EQ(bindings[0].command(), "bindcode --no-warn --no-repeat Control+Mod1+65 nop quillmere");
+    EXPECT_EQ(lines({controlOptionSpace, {}}, {}), Lines{"Control+Mod1+65 > "});
+}
+
 TEST(SwayBindingTests, EveryKeyOfTheShortcutIsBoundWithItsModifiers) {
     const ArmedShortcut numberEnter{{76, {Modifiers::command, Modifiers::shift}}, {"xkb:us"}};
     EXPECT_EQ(lines(numberEnter, {"xkb:us"}), Lines{"Group1+Shift+Mod4+104 > xkb:us"});
@@ -55,6 +62,7 @@ TEST(SwayBindingTests, EveryKeyOfTheShortcutIsBoundWithItsModifiers) {
 
 TEST(SwayBindingTests, ALoneFnIsNoKeyPress) {
     EXPECT_EQ(lines({Shortcut::fn, {"xkb:us", "xkb:ua"}}, {"xkb:us", "xkb:ua"}), Lines{});
+    EXPECT_EQ(lines({Shortcut::fn, {}}, {"xkb:us", "xkb:ua"}), Lines{});
 }
 
 }  // namespace

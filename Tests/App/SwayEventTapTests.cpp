@@ -47,7 +47,10 @@ protected:
         for (const ArmedShortcut& group : groups)
             interest.shortcuts.push_back(group.shortcut);
         tap->setInterest(interest);
-        return tap->install([](const KeyEventFields&) { return InterceptDecision::pass; });
+        return tap->install([this](const KeyEventFields& event) {
+            delivered.push_back(event);
+            return InterceptDecision::swallow;
+        });
     }
     std::string socket() const { return (folder.path() / "sway").string(); }
     std::filesystem::path leftovers() const { return folder.path() / "sway.quillmere"; }
@@ -69,6 +72,7 @@ protected:
     FakeSway& sway = *playing;
     FakeInputSourceService sources;
     std::vector<std::pair<Shortcut, std::string>> switched;
+    std::vector<KeyEventFields> delivered;
     std::optional<SwayEventTap> tap;
 };
 
@@ -79,6 +83,24 @@ TEST_F(SwayEventTapTest, WhatSwayHasSwitchedIsToldWithItsSource) {
     ASSERT_TRUE(waitUntil([this] { return switched.size() == 2; }));
     EXPECT_EQ(switched[0], std::pair(controlOptionSpace, std::string("xkb:ua")));
     EXPECT_EQ(switched[1], std::pair(commandShiftK, std::string("xkb:us")));
+}
+
+TEST_F(SwayEventTapTest, WhatSwayOnlySwallowsIsDelivered) {
+    ASSERT_TRUE(start({{controlOptionSpace, {}}, second}));
+    const auto telling = [](const char* command) {
+        return QByteArray(R"({"change": "run", "binding": {"command": ")") + command
+               + R"(", "event_state_mask": ["Control", "Mod1"], "input_code": 65, "input_type": "keyboard"}})";
+    };
+    sway.announce(telling("nop"));
+    sway.announce(telling("nop quillmere"));
+    ASSERT_TRUE(waitUntil([this] { return delivered.size() == 2; }));
+    EXPECT_EQ(delivered[0].type, KeyEventType::keyDown);
+    EXPECT_EQ(delivered[0].keyCode, controlOptionSpace.keyCode);
+    EXPECT_EQ(Modifiers::fromFlags(delivered[0].flags), controlOptionSpace.modifiers);
+    EXPECT_EQ(delivered[1].type, KeyEventType::keyUp);
+    EXPECT_TRUE(switched.empty());
+    tap->arm({first, second});
+    EXPECT_EQ(lastCommand(), firstPair + "unbindcode Control+Mod1+65; ") << "once it switches by itself again";
 }
 
 TEST_F(SwayEventTapTest, BindingsOfOthersAreNoSwitch) {

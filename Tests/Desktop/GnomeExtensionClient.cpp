@@ -96,6 +96,7 @@ GnomeExtensionClient::GnomeExtensionClient(const QDBusConnection& bus) : bus_(bu
         bus_.connect(service, path, interface, QString::fromLatin1(signal), this, slot);
     };
     hear("Switched", SLOT(noteSwitch(QString, uint)));
+    hear("Pressed", SLOT(notePress(QString)));
     hear("CurrentChanged", SLOT(noteCurrent(uint)));
     hear("ListChanged", SLOT(noteList()));
     hear("IndicatorChose", SLOT(noteChoice(QString)));
@@ -162,6 +163,10 @@ void GnomeExtensionClient::showIndicator(bool isShown, bool isActive) const {
 
 void GnomeExtensionClient::noteSwitch(const QString& token, unsigned int index) {
     switches_.push_back({.token = token.toStdString(), .index = index});
+}
+
+void GnomeExtensionClient::notePress(const QString& token) {
+    presses_.push_back(token.toStdString());
 }
 
 void GnomeExtensionClient::noteCurrent(unsigned int index) {

@@ -55,12 +55,14 @@ public:
 
     // What was told since the start.
     const std::vector<ToldSwitch>& switches() const { return switches_; }
+    const std::vector<std::string>& presses() const { return presses_; }
     const std::vector<unsigned int>& currents() const { return currents_; }
     int listChanges() const { return listChanges_; }
     const std::vector<std::string>& choices() const { return choices_; }
 
 private slots:
     void noteSwitch(const QString& token, unsigned int index);
+    void notePress(const QString& token);
     void noteCurrent(unsigned int index);
     void noteList();
     void noteChoice(const QString& what);
@@ -68,6 +70,7 @@ private slots:
 private:
     QDBusConnection bus_;
     std::vector<ToldSwitch> switches_;
+    std::vector<std::string> presses_;
     std::vector<unsigned int> currents_;
     int listChanges_ = 0;
     std::vector<std::string> choices_;

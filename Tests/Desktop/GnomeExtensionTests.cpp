@@ -92,7 +92,8 @@ protected:
         return waitUntil([&] { return client.current() == index; });
     }
     /// Types a letter and waits for what the window makes of it.
-    std::string typedLetter(WaylandWitness& witness) const {
+    std::string typedLetter(WaylandWitness& witness) const { return typedLetter(witness, typist); }
+    static std::string typedLetter(WaylandWitness& witness, const GnomeTypist& typist) {
         witness.clear();
         typist.type(letter);
         return waitUntil([&] { return witness.presses(keys::a) == 1; }) ? witness.text() : "";
@@ -190,6 +191,20 @@ TEST_F(GnomeExtensionTest, AHeldShortcutSwitchesOnceAndWithCapsLockToo) {
     EXPECT_TRUE(waitForCurrent(2));
 }
 
+TEST_F(GnomeExtensionTest, AShortcutWithoutSourcesIsSwallowedAndToldOncePerPress) {
+    WaylandWitness witness(shell.waylandDisplay());
+    ASSERT_EQ(client.arm({{"one", "<Control><Alt>space", {}}}), Texts{});
+    typist.type("+ctrl +alt +space");
+    ASSERT_TRUE(waitUntil([this] { return client.presses() == Texts{"one"}; }));
+    EXPECT_TRUE(holdsFor([this] { return client.presses().size() == 1; }, 900ms)) << "while it is held";
+    typist.type("-space -alt -ctrl");
+    typist.type(shortcut);
+    EXPECT_TRUE(waitUntil([this] { return client.presses().size() == 2; }));
+    EXPECT_EQ(typedLetter(witness), "a");
+    EXPECT_EQ(witness.presses(keys::space), 0U);
+    EXPECT_TRUE(client.switches().empty());
+}
+
 TEST_F(GnomeExtensionTest, AShortcutByItsKeyCodeIsOnItsPlaceInEveryLayout) {
     WaylandWitness witness(shell.waylandDisplay());
     shell.setSources({"xkb:us", "xkb:ua", "xkb:fr"});
@@ -202,6 +217,19 @@ TEST_F(GnomeExtensionTest, AShortcutByItsKeyCodeIsOnItsPlaceInEveryLayout) {
     }
     EXPECT_EQ(typedLetter(witness), "ф");
     EXPECT_EQ(witness.presses(keys::q), 0U);
+}
+
+TEST_F(GnomeExtensionTest, AShortcutOnOneKeyboardSwitchesTheOtherToo) {
+    WaylandWitness witness(shell.waylandDisplay());
+    const GnomeTypist other(connection);
+    ASSERT_EQ(client.arm({{"one", "<Control><Alt>space", {"xkb:us", "xkb:ua"}}}), Texts{});
+    typist.type(shortcut);
+    ASSERT_TRUE(waitForCurrent(1));
+    EXPECT_EQ(typedLetter(witness, other), "ф");
+    other.type(shortcut);
+    ASSERT_TRUE(waitForCurrent(0));
+    EXPECT_EQ(typedLetter(witness), "a");
+    EXPECT_EQ(typedLetter(witness, other), "a");
 }
 
 TEST_F(GnomeExtensionTest, AShortcutThatSomebodyHasIsRefusedAndLeftAlone) {

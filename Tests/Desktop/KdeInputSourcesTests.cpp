@@ -58,6 +58,14 @@ TEST_F(KwinInputSourcesTest, ListsTheLayoutsInTheirOrderWithNamesAndLanguages) {
     expectEnglishDvorakAndUkrainian(sources->sources());
 }
 
+TEST_F(KwinInputSourcesTest, OfMoreThanFourTheFirstFourAreThereAsForTheDesktopItself) {
+    start({.layouts = "us,ua,de,fr,gr"});
+    EXPECT_EQ(ids(), (Ids{"xkb:us", "xkb:ua", "xkb:de", "xkb:fr"}));
+    EXPECT_EQ(select("xkb:fr"), 0);
+    EXPECT_EQ(sources->currentID(), "xkb:fr");
+    EXPECT_NE(select("xkb:gr"), 0);
+}
+
 TEST_F(KwinInputSourcesTest, GoesThroughAGroupAndRoundItsEndAsOthersSee) {
     start({.layouts = "us,ua,de,fr"});
     const std::vector<const char*> all{"xkb:us", "xkb:ua", "xkb:de", "xkb:fr"};

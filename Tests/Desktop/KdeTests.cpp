@@ -33,6 +33,23 @@ TEST_F(KdeTest, AHeldShortcutSwitchesOnce) {
     EXPECT_TRUE(waitForLayout(2));
 }
 
+TEST_F(KdeTest, AShortcutOnOneKeyboardSwitchesTheOtherToo) {
+    ASSERT_NO_FATAL_FAILURE(startSwitching());
+    Witness witness(kwin.xDisplay(), Witness::Size::normal);
+    KwinTypist other(kwin.waylandDisplay());
+    typist.type(shortcut);
+    ASSERT_TRUE(waitForLayout(1));
+    other.type("+a -a");
+    ASSERT_TRUE(waitUntil([&] { return witness.presses(keys::a) == 1; }));
+    EXPECT_EQ(witness.text(), "ф");
+    other.type(shortcut);
+    ASSERT_TRUE(waitForLayout(2));
+    witness.clear();
+    typist.type("+a -a");
+    ASSERT_TRUE(waitUntil([&] { return witness.presses(keys::a) == 1; }));
+    EXPECT_EQ(witness.text(), "a");
+}
+
 TEST_F(KdeTest, AShortcutIsOnItsPlaceInEveryLayout) {
     kwin.setLayouts("us,ua,fr");
     // The key that types "q" in the first layout and "a" in the last one.

@@ -1,8 +1,10 @@
 #include "Tests/Desktop/SwayTest.h"
+#include "Tests/Support/Fcitx.h"
 #include "Tests/Support/SwayKeyboard.h"
 
 #include <csignal>
 #include <fstream>
+#include <optional>
 
 // sway itself as the tap: there is no key-tap service here. The keys are those
 // of a keyboard that a program has made: the one of the X server that the
@@ -128,6 +130,23 @@ TEST_F(SwayTapTest, LocksThatAreOnAreNotInTheWay) {
     EXPECT_EQ(layoutInUse(), 2);
 }
 
+TEST_F(SwayTapTest, WhileTheScreenIsLockedNothingIsSwitched) {
+    ASSERT_NO_FATAL_FAILURE(startArmed());
+    const QColor paint("#a020f0");
+    ChildProcess locker({.arguments = {"swaylock", "--color", paint.name().mid(1).toStdString()},
+                         .environment = environment,
+                         .output = folder.path() / "locker",
+                         .inheritedDescriptors = {},
+                         .prepare = {}});
+    ASSERT_TRUE(waitUntil([&] { return screen.color(corner) == paint; })) << locker.output();
+    pressSpace();
+    EXPECT_EQ(layoutInUse(), 0);
+    // By which it lets the user in.
+    locker.signal(SIGUSR1);
+    ASSERT_TRUE(waitUntil([&] { return !locker.isRunning(); }));
+    EXPECT_TRUE(waitForStep("space", 1));
+}
+
 TEST_F(SwayTapTest, SwitchedOffOrEndedItLeavesNothingBehind) {
     ASSERT_NO_FATAL_FAILURE(startArmed());
     Witness witness(sway->xDisplay(), Witness::Size::normal);
@@ -198,6 +217,59 @@ TEST_F(SwayOwnBindingTest, ABindingOfTheUsersOwnStaysTheirsAndTheDoctorKnows) {
                              "⌃⌥K: not in sway's configuration\n"})
         EXPECT_NE(page.find(text), std::string::npos) << text << " is not in:\n" << page;
     EXPECT_TRUE(waitForStep("k", 1)) << "what the program has bound is not the doctor's";
+}
+
+/// With fcitx beside sway, which knows nothing of it.
+class SwayMethodsTest : public SwayTapTest {
+protected:
+    SwayMethodsTest() {
+        fcitx.emplace(folder.path(), environment, bus.connect(), std::vector<std::string>{"keyboard-us", "hangul"});
+        fcitx->openField();
+        store({{.sources = {"xkb:us", "xkb:ua", "fcitx:hangul"}}});
+    }
+    bool waitFor(int layout, const std::string& method) const {
+        return waitUntil([&] { return layoutInUse() == layout && fcitx->current() == method; });
+    }
+    /// Whether a press comes to lead from the first layout to the second.
+    bool waitForFirstPress() {
+        return waitUntil([this] {
+            pressSpace();
+            return waitUntil([this] { return layoutInUse() == 1; }, 2s);
+        });
+    }
+
+    std::optional<Fcitx> fcitx;
+};
+
+TEST_F(SwayMethodsTest, AShortcutGoesThroughLayoutsAndMethodsAndThroughTheLayoutsWhereThereAreNone) {
+    ASSERT_NO_FATAL_FAILURE(startProgram());
+    ASSERT_TRUE(waitForFirstPress());
+    for (const auto& [layout, method] :
+         {std::pair{0, "hangul"}, {0, "keyboard-us"}, {1, "keyboard-us"}, {0, "hangul"}, {0, "keyboard-us"}}) {
+        pressSpace();
+        EXPECT_TRUE(waitFor(layout, method)) << method << ", but " << fcitx->current();
+    }
+    fcitx->process().kill();
+    ASSERT_TRUE(waitForStep("space", 1)) << "which sway does by itself";
+    pressSpace();
+    EXPECT_EQ(layoutInUse(), 0);
+    fcitx->start();
+    fcitx->openField();
+    ASSERT_TRUE(waitForFirstPress());
+    pressSpace();
+    EXPECT_TRUE(waitFor(0, "hangul"));
+}
+
+TEST_F(SwayMethodsTest, AShortcutOfLayoutsLeavesAMethod) {
+    store({{.sources = {"xkb:ua", "xkb:de"}}});
+    ASSERT_NO_FATAL_FAILURE(startProgram());
+    ASSERT_TRUE(waitForFirstPress());
+    ASSERT_TRUE(waitUntil([this] {
+        fcitx->use("hangul");
+        return fcitx->current() == "hangul";
+    }));
+    pressSpace();
+    EXPECT_TRUE(waitFor(1, "keyboard-us")) << "the group's first, for a method is none of its sources";
 }
 
 class SwayWithoutXwaylandTest : public SwayTapTest {

@@ -57,8 +57,9 @@ std::unique_ptr<EventTap> makeX11Tap() {
 }
 
 /// Of those that there may be, the ones that switch by themselves first.
-std::unique_ptr<EventTap> makeDesktopTap(InputSourceService& sources, std::vector<std::unique_ptr<Offer>>& offers) {
+std::unique_ptr<EventTap> makeDesktopTap(ComposedInputSources& sources, std::vector<std::unique_ptr<Offer>>& offers) {
     const QDBusConnection bus = QDBusConnection::sessionBus();
+    InputSourceService& layouts = sources.desktop();
     std::vector<std::unique_ptr<EventTap>> taps;
     const auto add = [&](auto tap, const QString& conflict) {
         offers.push_back(std::make_unique<ShortcutConflicts>(tap->taken(), conflict));
@@ -67,22 +68,22 @@ std::unique_ptr<EventTap> makeDesktopTap(InputSourceService& sources, std::vecto
     add(std::make_unique<GnomeEventTap>(bus),
         QStringLiteral("GNOME has %1 for something else, so it does not switch here. Choose another shortcut, or "
                        "change it in GNOME's settings."));
-    add(std::make_unique<SwayEventTap>(LinuxSession::current().swaySocket, sources),
+    add(std::make_unique<SwayEventTap>(LinuxSession::current().swaySocket, layouts),
         QStringLiteral("sway's own configuration has %1, so it does not switch here. Choose another shortcut, or "
                        "take it out there."));
-    add(std::make_unique<HyprlandEventTap>(LinuxSession::current().hyprlandFolder, sources),
+    add(std::make_unique<HyprlandEventTap>(LinuxSession::current().hyprlandFolder, layouts),
         QStringLiteral("Hyprland has a bind of your own on %1, so it does not switch here. Choose another shortcut, or "
                        "take the bind out of Hyprland's configuration."));
-    add(std::make_unique<KdeEventTap>(bus, sources),
+    add(std::make_unique<KdeEventTap>(bus, layouts),
         QStringLiteral("KDE has %1 for something else, so it does not switch here. Choose another shortcut, or "
                        "change it in the System Settings."));
-    return std::make_unique<FirstEventTap>(std::move(taps));
+    return std::make_unique<FirstEventTap>(std::move(taps), sources);
 }
 
 /// The service's where it gives one, else the desktop's own.
 std::unique_ptr<FallbackEventTap> makeWaylandTap(std::unique_ptr<ServiceEventTap> service,
                                                  ServicePermissionRequest& permissionRequest,
-                                                 InputSourceService& sources,
+                                                 ComposedInputSources& sources,
                                                  std::vector<std::unique_ptr<Offer>>& offers) {
     // Or the next probe would only ask, and the one after that find the answer.
     permissionRequest.onGranted = [tap = QPointer(service.get())] {
@@ -126,7 +127,7 @@ Platform makePlatform() {
     if (session.isX11()) {
         eventTap = makeX11Tap();
     } else {
-        auto tap = makeWaylandTap(std::move(service), *permissionRequest, inputSources->desktop(), offers);
+        auto tap = makeWaylandTap(std::move(service), *permissionRequest, *inputSources, offers);
         offers.push_back(std::make_unique<ServiceOffer>(*tap, *permissionRequest));
         if (isGnome(session)) offers.push_back(makeExtensionOffer());
         eventTap = std::move(tap);

@@ -3,6 +3,7 @@
 #include "Quillmere/Platform/Linux/Desktop/SqliteDefaults.h"
 #include "Quillmere/Platform/Linux/Desktop/StatusNotifierHost.h"
 #include "Quillmere/Platform/Linux/Doctor/FnKeyboards.h"
+#include "Quillmere/Platform/Linux/Doctor/MethodFinding.h"
 #include "Quillmere/Platform/Linux/Doctor/SessionFindings.h"
 #include "Quillmere/Platform/Linux/Doctor/ShortcutHolders.h"
 #include "Quillmere/Platform/Linux/Doctor/StoreFinding.h"
@@ -62,7 +63,9 @@ public:
     InputSourceService& inputSources() override { return *inputSources_; }
     const Bundle& bundle() override { return bundle_; }
 
-    std::vector<Finding> session() override { return {programFinding(bus_), desktopFinding(session_, bus_)}; }
+    std::vector<Finding> session() override {
+        return {programFinding(bus_), desktopFinding(session_, bus_), methodFinding(inputSources_->framework())};
+    }
     std::vector<Finding> keyboard(const std::vector<Shortcut>& shortcuts) override;
     Stored stored() override { return storedIn(SqliteDefaults::standardFile()); }
     std::vector<Finding> surroundings() override { return {trayFinding(), portalFinding()}; }
@@ -73,7 +76,7 @@ private:
     LinuxSession session_ = LinuxSession::current();
     QDBusConnection bus_ = QDBusConnection::sessionBus();
     InfoBundle bundle_;
-    std::unique_ptr<InputSourceService> inputSources_ = makeLinuxInputSources();
+    std::unique_ptr<ComposedInputSources> inputSources_ = makeLinuxInputSources();
 };
 
 std::vector<Finding> LinuxExamination::keyboard(const std::vector<Shortcut>& shortcuts) {

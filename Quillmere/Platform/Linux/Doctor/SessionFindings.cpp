@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
+#include <QStringList>
 
 #include <chrono>
 #include <span>
@@ -96,13 +97,15 @@ Finding desktopFinding(const LinuxSession& session, const QDBusConnection& bus) 
     for (const std::string& name : session.desktops)
         names += (names.empty() ? "" : ":") + name;
     Finding row{.subject = "Desktop", .state = names.empty() ? "without a name" : names, .advice = {}};
-    for (const QString& version : {gnomeVersion(bus), kwinVersion(bus), swayVersion(session.swaySocket),
-                                   hyprlandVersion(session.hyprlandFolder)})
+    // These have a layer for what is above all windows.
+    QStringList layered{kwinVersion(bus), swayVersion(session.swaySocket), hyprlandVersion(session.hyprlandFolder)};
+    layered.removeAll(QString());
+    for (const QString& version : QStringList(gnomeVersion(bus)) + layered)
         if (!version.isEmpty()) row.state += ", " + version.toStdString();
     row.state += ", on " + displaysOf(session);
     if (!session.hasX11 && !session.hasWayland)
         row.advice = "Start this from a terminal of the desktop.";
-    else if (!session.hasX11)
+    else if (!session.hasX11 && layered.isEmpty())
         row.advice = "Install xwayland and log in again: without it the plate is not shown.";
     return row;
 }

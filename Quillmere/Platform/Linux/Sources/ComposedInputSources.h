@@ -3,6 +3,7 @@
 #include "Quillmere/Platform/InputSourceService.h"
 #include "Quillmere/Platform/Linux/Sources/InputMethodFramework.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,6 +34,13 @@ public:
     /// The desktop's own sources, without the frameworks'.
     InputSourceService& desktop() { return *desktop_; }
 
+    /// The framework that counts, null where none runs, as far as is known without
+    /// asking anybody. Beside one the desktop's own next layout may not be what
+    /// comes next. Owned by this.
+    InputMethodFramework* framework();
+    /// Called when that may have become another answer. Does nothing until set.
+    std::function<void()> onFrameworkChanged = [] {};
+
     std::vector<InputSourceRecord> sources() override;
     std::optional<std::string> currentID() override;
     /// 0 once both say that they use it; 1 for one that neither has, or when the
@@ -42,7 +50,6 @@ public:
 private:
     using State = InputMethodFramework::State;
 
-    InputMethodFramework* running();
     bool isFrameworksAlone(const std::vector<InputSourceRecord>& layouts, const State& state);
     int selectOfFramework(const InputSourceRecord& source, const State& state);
     int selectLayout(const InputSourceRecord& source, const State& state);

@@ -2,6 +2,7 @@
 
 #include "Quillmere/Platform/InputSourceService.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,9 +31,15 @@ public:
     InputMethodFramework& operator=(const InputMethodFramework&) = delete;
     virtual ~InputMethodFramework() = default;
 
+    /// As its users know it.
+    virtual std::string name() const = 0;
+
     /// Whether it is there at this moment, as far as is known without asking
     /// anybody.
     virtual bool isRunning() = 0;
+
+    /// Called when that may have become another answer. Does nothing until set.
+    std::function<void()> onRunningChanged = [] {};
 
     /// Whether an entry that is a plain keyboard types in its layout, whatever
     /// the desktop's is.

@@ -5,11 +5,17 @@
 
 namespace quillmere {
 
-FirstEventTap::FirstEventTap(std::vector<std::unique_ptr<EventTap>> taps) : taps_(std::move(taps)) {
+FirstEventTap::FirstEventTap(std::vector<std::unique_ptr<EventTap>> taps, ComposedInputSources& sources)
+    : sources_(sources), taps_(std::move(taps)) {
+    sources_.onFrameworkChanged = [this] { arm(); };
     for (const auto& tap : taps_)
         tap->onSwitched = [this](const Shortcut& shortcut, const std::string& sourceID) {
             onSwitched(shortcut, sourceID);
         };
+}
+
+FirstEventTap::~FirstEventTap() {
+    sources_.onFrameworkChanged = [] {};
 }
 
 bool FirstEventTap::install(Callback callback) {
@@ -38,6 +44,15 @@ void FirstEventTap::setInterest(const KeyInterest& interest) {
 }
 
 void FirstEventTap::arm(const std::vector<ArmedShortcut>& shortcuts) {
+    shortcuts_ = shortcuts;
+    arm();
+}
+
+void FirstEventTap::arm() {
+    std::vector<ArmedShortcut> shortcuts = shortcuts_;
+    if (sources_.framework() != nullptr)
+        for (ArmedShortcut& shortcut : shortcuts)
+            shortcut.sourceIDs.clear();
     for (const auto& tap : taps_)
         tap->arm(shortcuts);
 }

@@ -29,6 +29,7 @@ FcitxFramework::FcitxFramework(const QDBusConnection& bus)
         awaited_.reset();
         described_.clear();
         records_.clear();
+        onRunningChanged();
     });
     // The first list that is shown shall have the names already.
     const BusService::Call call{availableMethods, {}};

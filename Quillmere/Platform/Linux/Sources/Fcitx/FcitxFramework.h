@@ -27,6 +27,7 @@ public:
     /// The session's; null without a message bus.
     static std::unique_ptr<FcitxFramework> create();
 
+    std::string name() const override { return "fcitx 5"; }
     bool isRunning() override { return service_.isOwned(); }
     bool hasLayouts() const override { return true; }
     std::optional<State> state() override;

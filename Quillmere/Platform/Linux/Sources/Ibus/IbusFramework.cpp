@@ -42,9 +42,13 @@ BusService::Call questionOfCurrent() {
 
 IbusFramework::IbusFramework(std::function<bool()> isDesktops, std::function<bool(const XkbLayout&)> useLayout)
     : isDesktops_(std::move(isDesktops)), useLayout_(std::move(useLayout)) {
-    connect(&connection_, &IbusConnection::lost, this, &IbusFramework::forget);
+    connect(&connection_, &IbusConnection::lost, this, [this] {
+        forget();
+        onRunningChanged();
+    });
     connect(&connection_, &IbusConnection::greeted, this, [this] {
         if (!daemon_ || !daemon_->isOwned()) meet();
+        onRunningChanged();
     });
     if (isDesktops_()) return;
     connection_.look();

@@ -31,6 +31,7 @@ public:
     /// one; null on another desktop.
     explicit IbusFramework(std::function<bool()> isDesktops, std::function<bool(const XkbLayout&)> useLayout = nullptr);
 
+    std::string name() const override { return "IBus"; }
     bool isRunning() override;
     bool hasLayouts() const override { return setsLayouts_; }
     std::optional<State> state() override;

@@ -1,6 +1,7 @@
 #include "Quillmere/Platform/Linux/Tap/Gnome/GnomeEventTap.h"
 
 #include "Quillmere/Platform/Linux/Sources/Gnome/GnomeSourceIDs.h"
+#include "Quillmere/Platform/Linux/Tap/FlagWord.h"
 #include "Quillmere/Platform/Linux/Tap/Gnome/GnomeAccelerators.h"
 
 #include <QDBusMessage>
@@ -33,8 +34,9 @@ GnomeEventTap::GnomeEventTap(const QDBusConnection& bus) : bus_(bus), extension_
 
 GnomeEventTap::~GnomeEventTap() = default;
 
-bool GnomeEventTap::install(Callback /*callback*/) {
+bool GnomeEventTap::install(Callback callback) {
     if (!extension_.isLive()) return false;
+    callback_ = std::move(callback);
     if (!std::exchange(isInstalled_, true)) {
         listen();
         tell();
@@ -49,6 +51,8 @@ bool GnomeEventTap::deliversAll() const {
 void GnomeEventTap::listen() {
     bus_.connect(GnomeExtension::name, GnomeExtension::path, GnomeExtension::interface, QStringLiteral("Switched"),
                  this, SLOT(noteSwitched(QString, uint)));
+    bus_.connect(GnomeExtension::name, GnomeExtension::path, GnomeExtension::interface, QStringLiteral("Pressed"), this,
+                 SLOT(notePressed(QString)));
     connect(&extension_, &GnomeExtension::liveChanged, this, [this] {
         if (extension_.isLive()) return send();
         taken_.set({});
@@ -125,6 +129,15 @@ void GnomeEventTap::noteSwitched(const QString& token, uint index) {
     // A copy: who is told may replace the table.
     const ArmedShortcut shortcut = found->second;
     onSwitched(shortcut.shortcut, shortcut.sourceIDs[index]);
+}
+
+/// It tells of no release. A held key is not told of again.
+void GnomeEventTap::notePressed(const QString& token) {
+    const auto found = byToken_.find(token);
+    if (found == byToken_.end()) return;
+    const Shortcut shortcut = found->second.shortcut;
+    callback_({.type = KeyEventType::keyDown, .keyCode = shortcut.keyCode, .flags = flagWord(shortcut.modifiers)});
+    callback_({.type = KeyEventType::keyUp, .keyCode = shortcut.keyCode, .flags = {}});
 }
 
 }  // namespace quillmere

@@ -16,7 +16,8 @@ namespace quillmere {
 
 /// GNOME Shell itself as the keyboard filter, through our extension: the shell
 /// swallows the shortcuts and switches by itself, by a table that it is armed
-/// with, before the next key gets anywhere. No permission is needed, and no key
+/// with, before the next key gets anywhere; a shortcut that is armed with no
+/// sources it swallows and tells of. No permission is needed, and no other key
 /// comes here at all. What it cannot do: a lone tap of Fn is no key to it, and
 /// there is none to record a shortcut from.
 ///
@@ -44,6 +45,7 @@ public:
 
 private slots:
     void noteSwitched(const QString& token, uint index);
+    void notePressed(const QString& token);
 
 private:
     void listen();
@@ -54,6 +56,7 @@ private:
     QDBusConnection bus_;
     GnomeExtension extension_;
     bool isInstalled_ = false;
+    Callback callback_;
     KeyInterest interest_;
     std::vector<ArmedShortcut> shortcuts_;
     std::vector<ArmedShortcut> told_;   ///< what the extension has been armed with

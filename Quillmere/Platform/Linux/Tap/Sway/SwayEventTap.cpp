@@ -1,5 +1,7 @@
 #include "Quillmere/Platform/Linux/Tap/Sway/SwayEventTap.h"
 
+#include "Quillmere/Platform/Linux/Tap/FlagWord.h"
+
 #include <algorithm>
 #include <chrono>
 #include <iterator>
@@ -23,8 +25,7 @@ SwayEventTap::~SwayEventTap() = default;
 bool SwayEventTap::open() {
     bindings_ = SwayKeyBindings::create(socket_);
     if (!bindings_) return false;
-    connect(bindings_.get(), &SwayKeyBindings::pressed, this,
-            [this](const SwayBinding& binding) { onSwitched(binding.shortcut, binding.sourceID); });
+    connect(bindings_.get(), &SwayKeyBindings::pressed, this, &SwayEventTap::notePressed);
     connect(bindings_.get(), &SwayKeyBindings::layoutsChanged, this, &SwayEventTap::tellTwice);
     connect(bindings_.get(), &SwayKeyBindings::forgotten, this, [this] {
         reserved_.reset();
@@ -33,8 +34,9 @@ bool SwayEventTap::open() {
     return true;
 }
 
-bool SwayEventTap::install(Callback /*callback*/) {
+bool SwayEventTap::install(Callback callback) {
     if (!bindings_ && !open()) return false;
+    callback_ = std::move(callback);
     if (!std::exchange(isInstalled_, true)) tell();
     return deliversAll();
 }
@@ -53,6 +55,14 @@ void SwayEventTap::arm(const std::vector<ArmedShortcut>& shortcuts) {
     if (shortcuts == shortcuts_) return;
     shortcuts_ = shortcuts;
     tell();
+}
+
+/// It tells of no release. A held key is not told of again.
+void SwayEventTap::notePressed(const SwayBinding& binding) {
+    const Shortcut& shortcut = binding.shortcut;
+    if (binding.step) return onSwitched(shortcut, binding.step->sourceID);
+    callback_({.type = KeyEventType::keyDown, .keyCode = shortcut.keyCode, .flags = flagWord(shortcut.modifiers)});
+    callback_({.type = KeyEventType::keyUp, .keyCode = shortcut.keyCode, .flags = {}});
 }
 
 /// Binds what is wanted, when that makes a difference.

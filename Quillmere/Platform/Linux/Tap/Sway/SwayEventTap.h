@@ -16,8 +16,9 @@
 namespace quillmere {
 
 /// sway itself as the keyboard filter: its key bindings swallow the shortcuts and
-/// switch by themselves, before the next key gets anywhere. No permission is
-/// needed, and no key comes here at all. What it cannot do: a lone tap of Fn is
+/// switch by themselves, before the next key gets anywhere; a shortcut that is
+/// armed with no sources they swallow and tell of. No permission is needed, and
+/// no other key comes here at all. What it cannot do: a lone tap of Fn is
 /// no key press to it, there is none to record a shortcut from, and while the
 /// screen is locked or another mode of bindings is in use it does nothing.
 ///
@@ -47,6 +48,7 @@ public:
 
 private:
     bool open();
+    void notePressed(const SwayBinding& binding);
     void tell();
     void tellTwice();
     std::vector<SwayBinding> wanted();
@@ -59,6 +61,7 @@ private:
     std::optional<ReservedKeys> reserved_;       ///< absent until sway has told
     QTimer again_;                               ///< until it has
     bool isInstalled_ = false;
+    Callback callback_;
     KeyInterest interest_;
     std::vector<ArmedShortcut> shortcuts_;
     TakenShortcuts taken_;

@@ -43,7 +43,7 @@ public:
     static std::optional<ReservedKeys> reservedAt(const std::string& socket);
 
 signals:
-    /// A key of this binding went down: sway has done what it does.
+    /// A key of this binding went down: sway has done what it does, if anything.
     void pressed(const SwayBinding& binding);
     /// Keyboards came, went or have other layouts.
     void layoutsChanged();
