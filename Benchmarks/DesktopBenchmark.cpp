@@ -7,6 +7,8 @@
 //   desktop_benchmark <quillmere> <minimal_tray> <bare_grab>
 
 #include "Benchmarks/EventClock.h"
+#include "Benchmarks/Run.h"
+#include "Benchmarks/Table.h"
 #include "QuillmereCore/Config.h"
 #include "Tests/Support/ChildProcess.h"
 #include "Tests/Support/Desktop.h"
@@ -15,14 +17,10 @@
 #include "Tests/Support/WaitUntil.h"
 #include "Tests/Support/Witness.h"
 
-#include <QCoreApplication>
-
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -67,31 +65,6 @@ private:
     ChildProcess process_;
 };
 
-double percentile(std::vector<double> values, double share) {
-    std::ranges::sort(values);
-    return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1))];
-}
-
-void row(const char* what, const std::string& ours, const std::string& theirs, const std::string& ratio,
-         const char* target) {
-    std::printf("| %s | %s | %s | %s | %s |\n", what, ours.c_str(), theirs.c_str(), ratio.c_str(), target);
-    std::fflush(stdout);
-}
-
-std::string text(double value, const char* unit, int decimals = 0) {
-    char buffer[64];
-    std::snprintf(buffer, sizeof buffer, "%.*f %s", decimals, value, unit);
-    return buffer;
-}
-
-std::string ratioText(double ours, double theirs) {
-    return text(ours / theirs, "×", 2);
-}
-
-void pause(double milliseconds) {
-    std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(milliseconds));
-}
-
 // Command-Space through two layouts, and the plate as usual.
 void storeConfiguration(const Desktop& desktop) {
     const Config config{true, {{makeUUID(), Shortcut{Shortcut::space, Modifiers::command}, {"xkb:us", "xkb:ua"}}}, {}};
@@ -108,10 +81,10 @@ double timeSwitch(Desktop& desktop, EventClock& clock) {
     support::Typist& typist = desktop.typist();
     typist.press(keys::leftSuper);
     pause(2);
-    clock.reset();
+    clock.layoutChange().reset();
     const Clock::time_point start = Clock::now();
     typist.press(keys::space);
-    const double time = clock.layoutChange(start);
+    const double time = clock.layoutChange().await(start);
     typist.release(keys::space);
     typist.release(keys::leftSuper);
     pause(1 + (std::rand() % 20) / 10.0);
@@ -119,36 +92,13 @@ double timeSwitch(Desktop& desktop, EventClock& clock) {
 }
 
 double timeKey(Desktop& desktop, EventClock& clock) {
-    clock.reset();
+    clock.keyPress().reset();
     const Clock::time_point start = Clock::now();
     desktop.typist().press(keys::a);
-    const double time = clock.keyPress(start);
+    const double time = clock.keyPress().await(start);
     desktop.typist().release(keys::a);
     pause(1 + (std::rand() % 20) / 10.0);
     return time;
-}
-
-using Sample = std::function<double()>;
-
-// The samples of each, taken in turns.
-std::vector<std::vector<double>> takeInTurns(const char* what, int count, const std::vector<Sample>& samples) {
-    std::vector<std::vector<double>> times(samples.size());
-    for (int round = 0; round < count; ++round) {
-        for (std::size_t i = 0; i < samples.size(); ++i) {
-            times[i].push_back(samples[i]());
-            if (times[i].back() < 0) throw std::runtime_error(std::string(what) + ": nothing happened");
-        }
-    }
-    return times;
-}
-
-void rows(const std::string& what, const std::vector<double>& ours, const std::vector<double>& theirs,
-          const char* target, const char* tailTarget) {
-    for (const auto& [share, name, wanted] : {std::tuple{0.5, "median", target}, std::tuple{0.99, "p99", tailTarget}}) {
-        const double a = percentile(ours, share);
-        const double b = percentile(theirs, share);
-        row((what + ", " + name).c_str(), text(a, "µs"), text(b, "µs"), ratioText(a, b), wanted);
-    }
 }
 
 void measureKeys(const Programs& programs) {
@@ -169,12 +119,13 @@ void measureKeys(const Programs& programs) {
                                        [&] { return timeSwitch(bare, bareClock); }};
     takeInTurns("the first switches", 20, switches);
     const auto switchTimes = takeInTurns("a switch", switchSamples, switches);
-    rows("key press → new layout seen by another program", switchTimes[0], switchTimes[1], "≤ 1.5 ×", "≤ 2 ×");
-    rows("the same, against a bare loop that grabs and switches", switchTimes[0], switchTimes[2], "–", "–");
+    rows("key press → new layout seen by another program", switchTimes[0], switchTimes[1],
+         {.median = "≤ 1.5 ×", .tail = "≤ 2 ×"});
+    rows("the same, against a bare loop that grabs and switches", switchTimes[0], switchTimes[2], {});
     const auto keyTimes =
         takeInTurns("an ordinary key", typingSamples,
                     {[&] { return timeKey(with, withClock); }, [&] { return timeKey(without, withoutClock); }});
-    rows("ordinary key → focused program", keyTimes[0], keyTimes[1], "≈ 1 ×", "≈ 1 ×");
+    rows("ordinary key → focused program", keyTimes[0], keyTimes[1], {.median = "≈ 1 ×", .tail = "≈ 1 ×"});
 }
 
 void measurePlate(const Programs& programs, bool hasCompositor) {
@@ -194,13 +145,13 @@ void measurePlate(const Programs& programs, bool hasCompositor) {
     std::vector<double> times;
     for (int i = 0; i < plateSamples; ++i) {
         desktop.typist().press(keys::leftSuper);
-        clock.reset();
+        clock.layoutChange().reset();
         const Clock::time_point start = Clock::now();
         desktop.typist().press(keys::space);
-        const double switched = clock.layoutChange(start);
+        const double switched = clock.layoutChange().await(start);
         while (isBare() && Clock::now() - start < support::patience)
             continue;
-        times.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count() - switched);
+        times.push_back(since(start) - switched);
         if (switched < 0 || isBare()) throw std::runtime_error("the plate does not show");
         desktop.typist().release(keys::space);
         desktop.typist().release(keys::leftSuper);
@@ -217,13 +168,13 @@ double timeStart(const Programs& programs, Desktop& desktop) {
     Program program(programs.quillmere, desktop);
     while (!program.holdsGrab(keys::space, superModifier))
         pause(1);
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    return since(start) / 1000;
 }
 
 double timeMinimalStart(const Programs& programs, Desktop& desktop) {
     const Clock::time_point start = Clock::now();
     const PipedProgram program(programs.minimalTray, desktop);
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    return since(start) / 1000;
 }
 
 void measureStart(const Programs& programs) {
@@ -303,26 +254,18 @@ void measureRest(const Programs& programs) {
     row("wake-ups in a minute at rest", std::to_string(ours.wakeUps), std::to_string(theirs.wakeUps), "–", "0");
 }
 
+void measure(const Programs& programs) {
+    measureKeys(programs);
+    measurePlate(programs, false);
+    measurePlate(programs, true);
+    measureStart(programs);
+    measureRest(programs);
+}
+
 }  // namespace
 }  // namespace quillmere::bench
 
 int main(int argc, char** argv) {
-    using namespace quillmere::bench;
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: %s <quillmere> <minimal_tray> <bare_grab>\n", argv[0]);
-        return EXIT_FAILURE;
-    }
-    const Programs programs{argv[1], argv[2], argv[3]};
-    QCoreApplication application(argc, argv);
-    try {
-        measureKeys(programs);
-        measurePlate(programs, false);
-        measurePlate(programs, true);
-        measureStart(programs);
-        measureRest(programs);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return EXIT_FAILURE;
-    }
-    return EXIT_SUCCESS;
+    return quillmere::bench::run(argc, argv, {"quillmere", "minimal_tray", "bare_grab"},
+                                 [argv] { quillmere::bench::measure({argv[1], argv[2], argv[3]}); });
 }

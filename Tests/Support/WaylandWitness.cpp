@@ -192,6 +192,8 @@ struct WaylandWitness::Client {
         munmap(text, size);
     }
 
+    int layout() const { return static_cast<int>(xkb_state_serialize_layout(state, XKB_STATE_LAYOUT_EFFECTIVE)); }
+
     void noteKey(std::uint32_t code, bool isPress) {
         const Key key = code + 8;
         std::array<char, 16> text{};
@@ -200,7 +202,7 @@ struct WaylandWitness::Client {
         keys.push_back({.isPress = isPress,
                         .key = key,
                         .modifiers = xkb_state_serialize_mods(state, XKB_STATE_MODS_EFFECTIVE),
-                        .group = static_cast<int>(xkb_state_serialize_layout(state, XKB_STATE_LAYOUT_EFFECTIVE)),
+                        .group = layout(),
                         .text = isControlCharacter ? std::string() : std::string(text.data())});
     }
 
@@ -252,6 +254,16 @@ WaylandWitness::~WaylandWitness() = default;
 bool WaylandWitness::hasFocus() {
     client_->readEvents();
     return client_->isFocused;
+}
+
+int WaylandWitness::layout() {
+    client_->readEvents();
+    return client_->state == nullptr ? -1 : client_->layout();
+}
+
+void WaylandWitness::waitForNews(std::chrono::milliseconds deadline) const {
+    pollfd waiting{.fd = wl_display_get_fd(client_->display), .events = POLLIN, .revents = 0};
+    poll(&waiting, 1, static_cast<int>(deadline.count()));
 }
 
 const std::vector<SeenKey>& WaylandWitness::keys() {

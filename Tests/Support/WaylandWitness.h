@@ -2,6 +2,7 @@
 
 #include "Tests/Support/Witness.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,6 +30,10 @@ public:
     bool saw(Key key);
     /// Whether it has the keyboard focus now.
     bool hasFocus();
+    /// The layout in use as the desktop has told it, by index; -1 before that.
+    int layout();
+    /// Sleeps until the desktop tells it something, this long at most.
+    void waitForNews(std::chrono::milliseconds deadline) const;
 
     /// Forgets everything seen so far.
     void clear();
