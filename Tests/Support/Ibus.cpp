@@ -19,8 +19,8 @@ constexpr const char* keeperProgram = "/usr/libexec/dconf-service";
 }  // namespace
 
 Ibus::Ibus(const std::filesystem::path& folder, const Environment& environment, const QDBusConnection& bus,
-           const std::vector<std::string>& engines)
-    : folder_(folder / "ibus"), environment_(environment) {
+           const std::vector<std::string>& engines, Panel panel)
+    : folder_(folder / "ibus"), environment_(environment), panel_(panel) {
     environment_["HOME"] = folder_;
     // Where the desktop has one, its programs look for the daemon there.
     environment_.try_emplace("XDG_CONFIG_HOME", folder_ / "config");
@@ -65,8 +65,9 @@ void Ibus::beginWithHangul() const {
 
 void Ibus::start() {
     process_.reset();
-    process_ =
-        std::make_unique<ChildProcess>(program({"ibus-daemon", "--panel=disable", "--emoji-extension=disable"}, "log"));
+    std::vector<std::string> arguments{"ibus-daemon", "--emoji-extension=disable"};
+    if (panel_ == Panel::none) arguments.emplace_back("--panel=disable");
+    process_ = std::make_unique<ChildProcess>(program(arguments, "log"));
     connect();
     // It answers nothing at all to who asks for what is not there yet.
     const bool isUp =

@@ -18,10 +18,13 @@ namespace quillmere::support {
 /// them in its settings.
 class Ibus {
 public:
+    /// Its panel, which has its own shortcut, too.
+    enum class Panel { none, shown };
+
     /// Starts it and waits until it answers. `environment` holds the desktop and
     /// the bus, to which `bus` is a connection; `folder` receives its files.
     Ibus(const std::filesystem::path& folder, const Environment& environment, const QDBusConnection& bus,
-         const std::vector<std::string>& engines);
+         const std::vector<std::string>& engines, Panel panel = Panel::none);
     ~Ibus();
 
     /// For XDG_CONFIG_HOME of whoever looks for it.
@@ -35,6 +38,11 @@ public:
     /// Whether it leaves the layouts to the desktop. Here it does from the start
     /// on, other than where nobody has chosen.
     void setLeavesLayouts(bool leaves) { set("use-system-keyboard-layout", leaves); }
+
+    /// How long its shortcut is held before the window with the engines comes, in
+    /// milliseconds. -1: it never does, and the shortcut switches when it is
+    /// pressed, not when the modifier is let go.
+    void setDelayOfWindow(int delay) { set("switcher-delay-time", delay); }
 
     /// What it says is in use; empty for none.
     std::string current();
@@ -52,6 +60,7 @@ private:
 
     std::filesystem::path folder_;
     Environment environment_;
+    Panel panel_;
     std::unique_ptr<ChildProcess> settings_;
     std::unique_ptr<ChildProcess> process_;
     std::optional<QDBusConnection> bus_;  ///< the daemon's own
