@@ -69,6 +69,7 @@ TEST_F(Attack, ForgedSignalsHideNoLockAndEndNoTap) {
 TEST_F(Attack, AFloodOfCallsLosesNoKeyAndKeepsNobodyWaiting) {
     listen(TapOwner::Answer::swallow);
     VirtualKeyboard keyboard({.name = "Busy keyboard"});
+    ASSERT_TRUE(waitUntil([this] { return desk_.originals().contains("Busy keyboard"); }));
     const pid_t pid = service_.pid();
     const support::ChildProcess flood = intruder({programPath("call_flood")});
     {
@@ -86,6 +87,7 @@ TEST_F(Attack, AFloodOfCallsLosesNoKeyAndKeepsNobodyWaiting) {
 TEST_F(Attack, TapsOpenedWithoutEndAreRefusedAndLoseNoKey) {
     listen(TapOwner::Answer::swallow);
     VirtualKeyboard keyboard({.name = "Busy keyboard"});
+    ASSERT_TRUE(waitUntil([this] { return desk_.originals().contains("Busy keyboard"); }));
     Typist typist(keyboard);
     TapOwner unruly(session());
     std::vector<std::string> answers;

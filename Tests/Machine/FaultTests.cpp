@@ -183,6 +183,7 @@ using Upgrade = FaultTest;
 TEST_F(Upgrade, LosesNoKeyThatIsTypedMeanwhile) {
     constexpr const char* name = "Busy keyboard";
     VirtualKeyboard keyboard({.name = name});
+    ASSERT_TRUE(waitUntil([this] { return desk_.originals().contains(name); }));
     listen(TapOwner::Answer::swallow);
     Typist typist(keyboard);
     const auto goesThroughClone = [&] {

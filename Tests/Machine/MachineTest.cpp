@@ -43,7 +43,9 @@ testing::AssertionResult MachineTest::arrives(const std::vector<KeyStroke>& stro
 testing::AssertionResult MachineTest::hasGot(const std::vector<KeyStroke>& strokes) {
     const bool isComplete = waitUntil([&] { return desk_.strokes().size() >= strokes.size(); });
     if (isComplete && desk_.strokes() == strokes) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "The desktop got:\n" << desk_.describe();
+    return testing::AssertionFailure() << "Of " << strokes.size() << " strokes the desktop got "
+                                       << desk_.strokes().size() << ":\n"
+                                       << desk_.describe();
 }
 
 void MachineTest::plugKeyboard(const std::string& id) {
