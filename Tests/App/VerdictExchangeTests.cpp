@@ -1,3 +1,4 @@
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 #include "Quillmere/Platform/Linux/Tap/X11/VerdictExchange.h"
 
 #include <QCoreApplication>
@@ -179,6 +180,23 @@ TEST_F(VerdictExchangeTest, AnEventLoopInsideTheCallbackStillDelivers) {
     });
     ASSERT_TRUE(runUntil([&] { return isReady(verdict); }));
     EXPECT_EQ(verdict.get(), InterceptDecision::swallow);
+}
+
+TEST_F(VerdictExchangeTest, AQuestionThatComesWhileTheOneBeforeIsDecidedHasItsOwnTime) {
+    VerdictExchange exchange(callback(), endlessly);
+    std::vector<std::chrono::steady_clock::duration> times;
+    onDelivery = [&](const KeyEventFields&) {
+        const SwitchWait wait;
+        times.push_back(wait.deadline() - std::chrono::steady_clock::now());
+        std::this_thread::sleep_until(wait.deadline());
+    };
+    auto verdicts = std::async(std::launch::async, [&] {
+        exchange.ask(press(1));
+        exchange.ask(press(2));
+    });
+    ASSERT_TRUE(runUntil([&] { return isReady(verdicts); }));
+    ASSERT_EQ(times.size(), 2U);
+    EXPECT_GT(times[1], longestSwitch / 2);
 }
 
 TEST_F(VerdictExchangeTest, ManyQuestionsWithAndWithoutTimeOutsNeverGetEachOthersAnswers) {

@@ -1,3 +1,4 @@
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 #include "Quillmere/Platform/Linux/Sources/Xkb/XkbInputSources.h"
 #include "Tests/Desktop/ListedSources.h"
 #include "Tests/Support/TemporaryFolder.h"
@@ -98,6 +99,17 @@ TEST_F(XkbInputSourcesTest, WhatIsNotThereIsRefusedAndChangesNothing) {
     EXPECT_NE(select(""), 0);
     EXPECT_NE(sources->select({.id = std::nullopt}), 0);
     EXPECT_EQ(server.group(), 1);
+}
+
+TEST_F(XkbInputSourcesTest, ALayoutThatIsUsedAloneIsKnownToBeThereAtOnceEachTime) {
+    server.setLayouts("us");
+    for (int round = 0; round < 20; ++round) {
+        // Each is a switch of its own.
+        SwitchWait::renew();
+        const char* const layout = round % 2 == 0 ? "ua" : "us";
+        EXPECT_TRUE(sources->useAlone({.layout = layout, .variant = {}})) << "in round " << round;
+        EXPECT_EQ(sources->currentID(), std::string("xkb:") + layout);
+    }
 }
 
 TEST_F(XkbInputSourcesTest, TheCurrentOneIsTheServersWhoeverHasChosenIt) {

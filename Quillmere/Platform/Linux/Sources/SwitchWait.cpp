@@ -16,7 +16,7 @@ Clock::duration spent{};
 bool endsWithTurn = false;
 
 void endTurn() {
-    spent = {};
+    SwitchWait::renew();
     endsWithTurn = false;
 }
 
@@ -29,6 +29,10 @@ SwitchWait::SwitchWait() {
 
 SwitchWait::~SwitchWait() {
     spent += Clock::now() - start_;
+}
+
+void SwitchWait::renew() {
+    spent = {};
 }
 
 Clock::time_point SwitchWait::deadline() const {

@@ -21,6 +21,10 @@ public:
     SwitchWait(const SwitchWait&) = delete;
     SwitchWait& operator=(const SwitchWait&) = delete;
 
+    /// Another switch begins, of a press that came while the one before was waited
+    /// for: it has the whole time, in the same turn too.
+    static void renew();
+
     /// When this wait must end; it may be at once.
     std::chrono::steady_clock::time_point deadline() const;
 

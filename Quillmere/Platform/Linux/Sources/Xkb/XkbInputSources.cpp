@@ -117,9 +117,10 @@ bool XkbInputSources::waitForServer(std::chrono::steady_clock::time_point deadli
 /// Takes in everything that the server has sent; false when it is gone.
 bool XkbInputSources::catchUp() {
     if (!connection_->isLost()) XEventsQueued(connection_->display(), QueuedAfterReading);
-    // Reading the list waits for the server, which may have sent more.
-    while (!connection_->isLost() && handleQueuedEvents())
-        continue;
+    // Reading the list waits for the server, which may have sent more: nothing
+    // would call for that later.
+    while (!connection_->isLost() && XEventsQueued(connection_->display(), QueuedAlready) > 0)
+        handleQueuedEvents();
     return !connection_->isLost();
 }
 

@@ -1,5 +1,6 @@
 #include "Quillmere/Platform/Linux/Tap/Service/ServiceEventTap.h"
 
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
 #include "Quillmere/Platform/Linux/Tap/Service/TapServiceEvents.h"
 #include "TapService/KeyTapNames.h"
 
@@ -181,6 +182,7 @@ void ServiceEventTap::handle(const std::vector<tap::ServiceMessage>& messages) {
 void ServiceEventTap::handleKey(const tap::KeyEvent& event, bool isStillAwaited) {
     // A key that has passed meanwhile must not switch anything later.
     if (!isStillAwaited) return;
+    if (event.sequence != 0) SwitchWait::renew();
     InterceptDecision decision = InterceptDecision::pass;
     if (const auto fields = TapServiceEvents::fields(event)) {
         if (fields->type == KeyEventType::flagsChanged) {

@@ -1,5 +1,7 @@
 #include "Quillmere/Platform/Linux/Tap/X11/VerdictExchange.h"
 
+#include "Quillmere/Platform/Linux/Sources/SwitchWait.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 
@@ -84,6 +86,7 @@ bool VerdictExchange::event(QEvent* event) {
 void VerdictExchange::deliverAll() {
     Item item;
     while (takeNext(item)) {
+        if (item.request != 0) SwitchWait::renew();
         ++deliveryDepth_;
         const InterceptDecision verdict = callback_(item.event);
         --deliveryDepth_;
