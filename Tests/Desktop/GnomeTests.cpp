@@ -1,4 +1,5 @@
 #include "Tests/Desktop/DesktopTest.h"
+#include "Tests/Support/Fcitx.h"
 #include "Tests/Support/GnomeShell.h"
 #include "Tests/Support/GnomeTypist.h"
 #include "Tests/Support/WaylandWitness.h"
@@ -118,6 +119,19 @@ TEST_F(GnomeTest, EveryLetterIsInTheNewLayoutHoweverFastItFollowsTheShortcut) {
         EXPECT_EQ(witness.text(), burst % 2 == 0 ? "a" : "ф");
         EXPECT_EQ(witness.presses(keys::space), 0U);
     }
+}
+
+TEST_F(GnomeTest, BesideFcitxAShortcutGoesThroughLayoutsAndMethods) {
+    const Fcitx fcitx(folder.path(), shell.environment(), connection, {"keyboard-us", "hangul"});
+    fcitx.openField();
+    ASSERT_NO_FATAL_FAILURE(startSwitching({{.sources = {"xkb:us", "xkb:ua", "fcitx:hangul"}}}));
+    for (const auto& [layout, method] :
+         {std::pair{1, "keyboard-us"}, {0, "hangul"}, {0, "keyboard-us"}, {1, "keyboard-us"}}) {
+        typist.type(shortcut);
+        EXPECT_TRUE(waitUntil([&] { return shell.sourceInUse() == layout && fcitx.current() == method; }))
+            << method << ", but " << fcitx.current();
+    }
+    EXPECT_TRUE(waitForPlate());
 }
 
 TEST_F(GnomeTest, SwitchedOffOrEndedOrKilledItLeavesNothingGrabbed) {
