@@ -103,6 +103,16 @@ TEST_F(SingleInstanceTest, AHungFirstInstanceDoesNotHangTheSecond) {
     EXPECT_TRUE(waitUntil([this] { return settingsWindow().has_value(); }));
 }
 
+TEST_F(SingleInstanceTest, TheEndOfTheSessionBusIsNotTheEndOfTheProgram) {
+    ASSERT_NO_FATAL_FAILURE(start(true));
+    const std::string stored = storedConfiguration();
+    desktop().restartBus();
+    ASSERT_NO_FATAL_FAILURE(pressShortcutAndWaitFor(1));
+    ASSERT_NO_FATAL_FAILURE(pressShortcutAndWaitFor(2));
+    EXPECT_TRUE(program().process().isRunning());
+    EXPECT_EQ(storedConfiguration(), stored);
+}
+
 TEST_F(SingleInstanceTest, WithoutASessionBusEveryStartRunsQuietly) {
     startDesktop({.hasTray = false});
     storeConfiguration(configurationText({{.sources = threeSources}}));

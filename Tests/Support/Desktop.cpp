@@ -2,7 +2,7 @@
 
 namespace quillmere::support {
 
-Desktop::Desktop(const Options& options) {
+Desktop::Desktop(const Options& options) : scheme_(options.scheme) {
     environment_ = baseEnvironment(folder_.makeFolder("home").string());
     environment_["XDG_CONFIG_HOME"] = folder_.makeFolder("config").string();
     environment_["XDG_DATA_HOME"] = folder_.makeFolder("data").string();
@@ -22,7 +22,7 @@ Desktop::Desktop(const Options& options) {
             std::make_unique<Compositor>(folder(), environment_, connection(), options.compositorDrawsShadows);
     }
     if (options.hasTray) startTray();
-    if (options.scheme) portal_ = std::make_unique<SettingsPortal>(bus_->connect(), *options.scheme);
+    startPortal();
     typist_ = std::make_unique<Typist>(display());
     screen_ = std::make_unique<Screen>(display());
 }
@@ -30,6 +30,20 @@ Desktop::Desktop(const Options& options) {
 TrayPanel& Desktop::startTray() {
     if (!tray_) tray_ = std::make_unique<TrayPanel>(bus_->connect());
     return *tray_;
+}
+
+void Desktop::startPortal() {
+    if (scheme_) portal_ = std::make_unique<SettingsPortal>(bus_->connect(), *scheme_);
+}
+
+void Desktop::restartBus() {
+    const bool hadTray = tray_ != nullptr;
+    stopTray();
+    portal_.reset();
+    bus_.reset();
+    bus_ = std::make_unique<SessionBus>(folder(), environment_);
+    if (hadTray) startTray();
+    startPortal();
 }
 
 }  // namespace quillmere::support

@@ -62,10 +62,17 @@ public:
     /// The portal; null without one.
     SettingsPortal* portal() { return portal_.get(); }
 
+    /// Ends the message bus, with the panel and the portal, and starts them anew,
+    /// the bus at the same address.
+    void restartBus();
+
 private:
+    void startPortal();
+
     // In the order of starting; the end takes them down the other way round.
     TemporaryFolder folder_;
     Environment environment_;
+    std::optional<SettingsPortal::Scheme> scheme_;
     std::unique_ptr<SessionBus> bus_;
     std::unique_ptr<XServer> server_;
     std::unique_ptr<WindowManager> windowManager_;

@@ -49,6 +49,9 @@ SessionBus::SessionBus(const std::filesystem::path& folder, const Environment& e
     });
     address_ = ready.readLine();
     if (address_.empty()) throw SupportError("the message bus does not start: " + process_->output());
+    // Without the number that only this one has, as a session states it: the next
+    // one of this folder is to be found there, too.
+    address_ = address_.substr(0, address_.find(','));
 }
 
 QDBusConnection SessionBus::connect() const {

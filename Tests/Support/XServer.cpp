@@ -58,23 +58,26 @@ void XServer::setLayouts(const std::string& layouts, const std::string& variants
 }
 
 void XServer::setMonitors(const std::vector<QRect>& frames) {
-    for (std::size_t i = 0; i < frames.size(); ++i) {
-        const QRect& frame = frames[i];
+    for (; monitors_ > 0; --monitors_)
+        xrandr({"--delmonitor", "monitor" + std::to_string(monitors_ - 1)});
+    for (const QRect& frame : frames) {
         // Width and height in pixels and millimetres, and the place.
         const std::string geometry = std::to_string(frame.width()) + "/300x" + std::to_string(frame.height()) + "/200+"
                                      + std::to_string(frame.x()) + "+" + std::to_string(frame.y());
         // The server's only output, as Xvfb names it; the rest have none.
-        const bool isFirst = i == 0;
-        const int status = ChildProcess::run({
-            .arguments = {"xrandr", "--setmonitor", (isFirst ? "*monitor" : "monitor") + std::to_string(i), geometry,
-                          isFirst ? "screen" : "none"},
-            .environment = environment_,
-            .output = {},
-            .inheritedDescriptors = {},
-            .prepare = {},
-        });
-        if (status != 0) throw SupportError("xrandr refuses the monitor " + geometry);
+        const bool isFirst = monitors_ == 0;
+        xrandr({"--setmonitor", (isFirst ? "*monitor" : "monitor") + std::to_string(monitors_), geometry,
+                isFirst ? "screen" : "none"});
+        ++monitors_;
     }
+}
+
+void XServer::xrandr(const std::vector<std::string>& arguments) const {
+    std::vector<std::string> words{"xrandr"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    const int status = ChildProcess::run(
+        {.arguments = words, .environment = environment_, .output = {}, .inheritedDescriptors = {}, .prepare = {}});
+    if (status != 0) throw SupportError("xrandr refuses " + arguments.back());
 }
 
 int XServer::group() {

@@ -30,8 +30,8 @@ public:
     /// as ",,nodeadkeys" (empty for none).
     void setLayouts(const std::string& layouts, const std::string& variants = {});
 
-    /// Divides the screen among several monitors; does nothing for none. The
-    /// first is the primary one.
+    /// Divides the screen among several monitors, in place of an earlier division;
+    /// none: one that fills it. The first is the primary one.
     void setMonitors(const std::vector<QRect>& frames);
 
     /// The index of the layout in use.
@@ -48,10 +48,13 @@ public:
     XConnection& connection() { return *connection_; }
 
 private:
+    void xrandr(const std::vector<std::string>& arguments) const;
+
     Environment environment_;
     std::unique_ptr<ChildProcess> process_;
     std::string display_;
     std::unique_ptr<XConnection> connection_;
+    std::size_t monitors_ = 0;  ///< how many the screen is divided among; none undivided
 };
 
 }  // namespace quillmere::support
