@@ -9,6 +9,7 @@
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -28,20 +29,23 @@ using Times = std::vector<std::chrono::duration<double, std::micro>>;
 
 constexpr const char* name = "Measured keyboard";
 constexpr const char* other = "Other keyboard";
+constexpr const char* yardstick = "Yardstick keyboard";
+constexpr const char* bareLoopsClone = "Clone of the bare loop";
 constexpr int rounds = 4;
 constexpr int keysPerRound = 1000;
 
-/// The stand-in for the measured keyboard, as an application reads it.
+/// A keyboard's stand-in, as an application reads it.
 class CloneReader {
 public:
-    CloneReader() {
+    /// By the stand-in's own name.
+    explicit CloneReader(const std::string& clone) {
         for (const auto& entry : std::filesystem::directory_iterator("/dev/input")) {
             const int descriptor = open(entry.path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
             if (descriptor < 0) continue;
-            if (deviceName(descriptor) == name && isClone(descriptor)) descriptor_ = descriptor;
+            if (deviceName(descriptor) == clone && isClone(descriptor)) descriptor_ = descriptor;
             if (descriptor != descriptor_) close(descriptor);
         }
-        if (descriptor_ < 0) throw support::SupportError("no clone of the measured keyboard");
+        if (descriptor_ < 0) throw support::SupportError("no " + clone);
     }
     ~CloneReader() { close(descriptor_); }
     CloneReader(const CloneReader&) = delete;
@@ -86,8 +90,9 @@ class Figures : public TapTest {
 protected:
     /// From the moment that a key is pressed or released until an application
     /// can read it.
-    void measure(const std::vector<KeyStroke>& strokes, const KeyStroke& measured, int repetitions, Times& times) {
-        const CloneReader reader;
+    void measure(const std::string& clone, const std::vector<KeyStroke>& strokes, const KeyStroke& measured,
+                 int repetitions, Times& times) {
+        const CloneReader reader(clone);
         for (int i = 0; i < repetitions || interestChanges_ > 0 || arrivals_ > 0; ++i)
             for (const KeyStroke& stroke : strokes) {
                 const Clock::time_point begin = Clock::now();
@@ -127,35 +132,71 @@ protected:
         owner().send(tap::Interest{.wantsFn = --interestChanges_ % 2 == 0, .shortcuts = {ctrlSpace}});
     }
 
-    void measureService(const std::vector<KeyStroke>& strokes, int repetitions, Times& times) {
-        ASSERT_EQ(owner().open(), "");
-        listen(TapOwner::Answer::pass);
+    /// Waits until what is typed on it comes through this clone.
+    void waitForClone(VirtualKeyboard& keyboard, const std::string& clone) {
         ASSERT_TRUE(waitUntil([&] {
             desk_.clear();
-            keyboard_.type(taps({KEY_F12}));
-            return waitUntil([&] { return desk_.strokes().size() == 2; }, moment) && desk_.events()[0].isFromClone;
+            keyboard.type(taps({KEY_F12}));
+            if (!waitUntil([&] { return desk_.strokes().size() == 2; }, moment)) return false;
+            const DeskEvent first = desk_.events()[0];
+            return first.isFromClone && first.device == clone;
         })) << desk_.describe();
-        measure(strokes, strokes[strokes.size() / 2 - 1], repetitions, times);
+    }
+
+    void startService() {
+        ASSERT_EQ(owner().open(), "");
+        listen(TapOwner::Answer::pass);
+        waitForClone(keyboard_, name);
+    }
+    void stopService() {
         owner().close();
         ASSERT_TRUE(waitUntil([&] { return !desk_.clones().contains(name); }));
     }
+    /// In a control group of its own, as the service is: waking a program of
+    /// another group costs more.
+    void startBareLoop(VirtualKeyboard& keyboard, const char* nameOfKeyboard) {
+        loop_.emplace(
+            support::ChildProcess::Options{.arguments = {"systemd-run", "--scope", "--quiet", programPath("bare_loop"),
+                                                         nameOfKeyboard, bareLoopsClone},
+                                           .environment = support::baseEnvironment("/"),
+                                           .output = {},
+                                           .inheritedDescriptors = {},
+                                           .prepare = {}});
+        waitForClone(keyboard, bareLoopsClone);
+    }
+    void stopBareLoop() {
+        loop_.reset();
+        ASSERT_TRUE(waitUntil([&] { return !desk_.clones().contains(bareLoopsClone); }));
+    }
+
+    void measureService(const std::vector<KeyStroke>& strokes, int repetitions, Times& times) {
+        ASSERT_NO_FATAL_FAILURE(startService());
+        measure(name, strokes, strokes[strokes.size() / 2 - 1], repetitions, times);
+        stopService();
+    }
 
     void measureBareLoop(const std::vector<KeyStroke>& strokes, int repetitions, Times& times) {
-        // In a control group of its own, as the service is: waking a program of
-        // another group costs more.
-        support::ChildProcess loop({.arguments = {"systemd-run", "--scope", "--quiet", programPath("bare_loop"), name},
-                                    .environment = support::baseEnvironment("/"),
-                                    .output = {},
-                                    .inheritedDescriptors = {},
-                                    .prepare = {}});
-        ASSERT_TRUE(waitUntil([&] {
-            desk_.clear();
-            keyboard_.type(taps({KEY_F12}));
-            return waitUntil([&] { return desk_.strokes().size() == 2; }, moment) && desk_.events()[0].isFromClone;
-        })) << desk_.describe();
-        measure(strokes, strokes[strokes.size() / 2 - 1], repetitions, times);
-        loop.kill();
-        ASSERT_TRUE(waitUntil([&] { return !desk_.clones().contains(name); }));
+        ASSERT_NO_FATAL_FAILURE(startBareLoop(keyboard_, name));
+        measure(bareLoopsClone, strokes, strokes[strokes.size() / 2 - 1], repetitions, times);
+        stopBareLoop();
+    }
+
+    /// Both beside each other, each with a keyboard of its own, and key by key:
+    /// what else the computer does meets both alike.
+    void measureInTurns(int repetitions, Times& service, Times& bareLoop) {
+        VirtualKeyboard keyboard{{.name = yardstick}};
+        ASSERT_TRUE(waitUntil([&] { return desk_.originals().contains(yardstick); }));
+        ASSERT_NO_FATAL_FAILURE(startBareLoop(keyboard, yardstick));
+        ASSERT_NO_FATAL_FAILURE(startService());
+        ASSERT_NO_FATAL_FAILURE(waitForClone(keyboard, bareLoopsClone)) << "not the service's";
+        const CloneReader servicesReader(name);
+        const CloneReader bareLoopsReader(bareLoopsClone);
+        for (int i = 0; i < repetitions; ++i) {
+            ASSERT_NO_FATAL_FAILURE(tap(keyboard_, servicesReader, service));
+            ASSERT_NO_FATAL_FAILURE(tap(keyboard, bareLoopsReader, bareLoop));
+        }
+        ASSERT_NO_FATAL_FAILURE(stopService());
+        stopBareLoop();
     }
 
     bool ownerIsTold_ = false;
@@ -163,7 +204,18 @@ protected:
     int arrivals_ = 0;
 
 private:
+    /// Presses a key and releases it; how long the press takes.
+    static void tap(VirtualKeyboard& keyboard, const CloneReader& reader, Times& times) {
+        for (const KeyStroke& stroke : taps({KEY_A})) {
+            const Clock::time_point begin = Clock::now();
+            keyboard.type({stroke});
+            ASSERT_TRUE(reader.await(stroke));
+            if (stroke.isDown) times.push_back(Clock::now() - begin);
+        }
+    }
+
     Clock::time_point nextChange_;
+    std::optional<support::ChildProcess> loop_;
     std::vector<std::unique_ptr<VirtualKeyboard>> plugged_;
     VirtualKeyboard keyboard_{{.name = name}};
 };
@@ -173,10 +225,7 @@ private:
 TEST_F(Figures, AKeyOfNoInterest) {
     Times service;
     Times bareLoop;
-    for (int round = 0; round < rounds; ++round) {
-        ASSERT_NO_FATAL_FAILURE(measureBareLoop(taps({KEY_A}), keysPerRound, bareLoop));
-        ASSERT_NO_FATAL_FAILURE(measureService(taps({KEY_A}), keysPerRound, service));
-    }
+    ASSERT_NO_FATAL_FAILURE(measureInTurns(rounds * keysPerRound, service, bareLoop));
     // A row of the table that ./bench prints.
     std::cout << "| a key's way through the key-tap service, on an emulated computer | " << inMicroseconds(service)
               << " | a bare loop that reads and writes: " << inMicroseconds(bareLoop) << " | " << std::fixed
